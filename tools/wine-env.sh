@@ -1,0 +1,89 @@
+#!/bin/sh
+# The Windows side of this machine: `up [DPI]` starts a private Wine prefix on a private X display and keeps it warm,
+# `run PROGRAM ...` runs a program there (and returns its exit code), `down` stops everything.
+# B is the folder that holds the prefix. With OC_DISPLAY set, programs appear on that display, outside a Wine desktop.
+set -e
+tools=$(cd "$(dirname "$0")" && pwd)
+B=${B:-$tools/../build}
+mkdir -p "$B/home"
+B=$(cd "$B" && pwd)
+export HOME="$B/home" # a prefix links Documents and Desktop to $HOME
+export WINEPREFIX="$B/wineprefix" WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}" LC_ALL="${OC_LOCALE:-C.UTF-8}"
+# winedbg would turn a crash into exit code 0 or into a window that waits for ever.
+export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d"
+
+display() {
+    if [ -n "$OC_DISPLAY" ]; then echo "$OC_DISPLAY"; else echo ":$(cat "$B/xvfb.display" 2>/dev/null || echo 99)"; fi
+}
+quietly() { "$@" >/dev/null 2>&1 </dev/null; }
+
+start_x() {
+    kill -0 "$(cat "$B/xvfb.pid" 2>/dev/null)" 2>/dev/null && return 0
+    rm -f "$B/xvfb.display"
+    Xvfb -displayfd 3 -screen 0 1400x1100x24 -nolisten tcp 3>"$B/xvfb.display" >/dev/null 2>&1 </dev/null &
+    echo $! >"$B/xvfb.pid"
+    until [ -s "$B/xvfb.display" ]; do sleep 0.1; done
+}
+
+make_prefix() {
+    [ -f "$WINEPREFIX/.ready" ] && return 0
+    rm -rf "$WINEPREFIX"
+    quietly wineboot -i
+    mkdir -p "$WINEPREFIX/drive_c/windows/Fonts"
+    # Tahoma from here gives the dialog units that Windows has; without it every dialog is a sixth too wide.
+    for font in $(dpkg -L fonts-wine | grep -E '\.(ttf|fon)$'); do cp "$font" "$WINEPREFIX/drive_c/windows/Fonts/"; done
+    touch "$WINEPREFIX/.ready"
+}
+
+# Wine reads the resolution and the desktop's name when a session starts.
+configure() {
+    if [ -n "$OC_DISPLAY" ]; then desktop=-; else desktop='"oc"'; fi
+    cat >"$B/session.reg" <<REG
+Windows Registry Editor Version 5.00
+
+[HKEY_CURRENT_USER\\Software\\Wine\\Explorer]
+"Desktop"=$desktop
+[HKEY_CURRENT_USER\\Software\\Wine\\Explorer\\Desktops]
+"oc"="1280x1024"
+[HKEY_CURRENT_USER\\Software\\Wine\\WineDbg]
+"ShowCrashDialog"=dword:00000000
+[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]
+"Segoe UI"="Liberation Sans"
+[HKEY_CURRENT_USER\\Control Panel\\Desktop]
+"LogPixels"=dword:$(printf %08x "$1")
+REG
+    wanted="$1 $desktop"
+    [ "$(cat "$WINEPREFIX/.session" 2>/dev/null)" = "$wanted" ] && return 0
+    quietly wine regedit /S "Z:$B/session.reg"
+    quietly wineserver -k || true
+    quietly wineserver -w || true
+    printf '%s' "$wanted" >"$WINEPREFIX/.session"
+}
+
+case $1 in
+up)
+    [ -n "$OC_DISPLAY" ] || start_x
+    DISPLAY=$(display)
+    export DISPLAY
+    make_prefix
+    configure "${2:-96}"
+    # The desktop process keeps the server warm; it must hold no pipe of ours, or a reader of the pipe waits for it.
+    [ -n "$OC_DISPLAY" ] || wine explorer /desktop=oc,1280x1024 >/dev/null 2>&1 </dev/null &
+    until quietly wine cmd /c exit 0; do sleep 0.2; done
+    ;;
+run)
+    shift
+    DISPLAY=$(display)
+    export DISPLAY
+    exec wine "$@"
+    ;;
+down)
+    quietly wineserver -k || true
+    kill "$(cat "$B/xvfb.pid" 2>/dev/null)" 2>/dev/null || true
+    rm -f "$B/xvfb.pid" "$B/xvfb.display"
+    ;;
+*)
+    echo "usage: $0 up [DPI] | run PROGRAM [ARGUMENT ...] | down" >&2
+    exit 2
+    ;;
+esac

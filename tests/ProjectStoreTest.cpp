@@ -1,0 +1,364 @@
+#include "host/ProjectStore.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <thread>
+
+#include "host/ProjectGenerator.h"
+#include "host/Sqlite.h"
+
+namespace ochost {
+namespace {
+
+using namespace std::chrono_literals;
+
+const ProjectContent& SampleContent() {
+    static const ProjectContent content = *GenerateProject(1);
+    return content;
+}
+
+std::string BytesOf(const std::wstring& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteBytes(const std::wstring& path, const std::string& bytes) {
+    std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
+}
+
+bool Exists(const std::wstring& path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+/// An empty folder for each test, with a name that no code page holds entirely.
+class ProjectStoreTest : public testing::Test {
+protected:
+    ProjectStoreTest() {
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+    }
+    ~ProjectStoreTest() override {
+        SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
+
+    /// Opening is refused as stated, with a message that names the file, and changes nothing.
+    void ExpectRefused(FailureKind kind) {
+        const std::string before = BytesOf(path_);
+        auto store = ProjectStore::Open(path_, 0ms);
+        ASSERT_FALSE(store);
+        EXPECT_EQ(store.Error().kind, kind);
+        EXPECT_NE(store.Error().message.find(path_), std::wstring::npos);
+        EXPECT_EQ(BytesOf(path_), before);
+    }
+
+    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / L"Pääpiirustus дом";
+    const std::wstring path_ = (folder_ / L"sample.ocproject").wstring();
+};
+
+// ---- the generated project ----
+
+TEST(ProjectGenerator, MakesARealisticBuilding) {
+    const ProjectContent& content = SampleContent();
+    EXPECT_EQ(content.drawings.size(), 40u);
+    EXPECT_EQ(content.rooms.size(), 600u);
+    EXPECT_EQ(content.systems.size(), 80u);
+    EXPECT_EQ(content.partTypes.size(), 900u);
+    EXPECT_EQ(content.properties.size(), 250u);
+    EXPECT_NEAR(static_cast<double>(content.customProperties.size()), 12, 2);
+    for (const Drawing& drawing : content.drawings) {
+        EXPECT_EQ(drawing.fileName.find(L'{'), std::wstring::npos) << "an unfilled name";
+    }
+    for (const Room& room : content.rooms) {
+        EXPECT_TRUE(room.area >= 1 && room.area < 1000) << room.area;
+        EXPECT_EQ(room.number.front(), L'A');
+    }
+    for (const Property& property : content.properties) {
+        EXPECT_FALSE(property.sample.empty()) << property.id;
+        EXPECT_EQ(property.type == ValueType::Choice, !property.choices.empty()) << property.id;
+    }
+}
+
+TEST(ProjectGenerator, TreesHaveEachParentBeforeItsChildrenOneLevelUp) {
+    for (const auto* tree : {&SampleContent().folders, &SampleContent().partGroups, &SampleContent().propertyGroups}) {
+        std::map<Id, int> levels{
+            {0, -1}
+        };
+        int deepest = 0;
+        for (const TreeNode& node : *tree) {
+            ASSERT_TRUE(levels.contains(node.parent));
+            EXPECT_EQ(node.level, levels[node.parent] + 1);
+            EXPECT_TRUE(levels.emplace(node.id, node.level).second);
+            deepest = std::max(deepest, node.level);
+        }
+        EXPECT_TRUE(deepest == 1 || deepest == 2);
+    }
+}
+
+TEST(ProjectGenerator, CustomPropertiesReferToProperties) {
+    std::set<int> ids;
+    for (const Property& property : SampleContent().properties) {
+        ids.insert(property.id);
+    }
+    for (const CustomProperty& custom : SampleContent().customProperties) {
+        int references = 0;
+        for (size_t at = 0; (at = custom.format.find(L'{', at)) != std::wstring::npos; ++at) {
+            EXPECT_TRUE(ids.contains(std::stoi(custom.format.substr(at + 1))));
+            ++references;
+        }
+        EXPECT_GT(references, 0);
+    }
+}
+
+TEST(ProjectGenerator, ScaleMultipliesWhatGrowsWithTheBuilding) {
+    const auto three = GenerateProject(3);
+    ASSERT_TRUE(three);
+    const ProjectContent& one = SampleContent();
+    EXPECT_EQ(three->info.scale, 3);
+    EXPECT_EQ(three->drawings.size(), 3 * one.drawings.size());
+    EXPECT_EQ(three->rooms.size(), 3 * one.rooms.size());
+    EXPECT_EQ(three->systems.size(), 3 * one.systems.size());
+    EXPECT_EQ(three->partTypes.size(), 3 * one.partTypes.size());
+    EXPECT_EQ(three->properties, one.properties);
+    EXPECT_EQ(three->rooms.back().number.front(), L'C');
+
+    for (int scale : {-1, 0, kMaxScale + 1}) {
+        const auto refused = GenerateProject(scale);
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.Error().kind, FailureKind::BadInput);
+    }
+}
+
+TEST(ProjectGenerator, NamesFileAndLineOfABadText) {
+    struct {
+        const char* file;
+        const char* text;
+        const wchar_t* message;
+    } const cases[] = {
+        {"floors",            "K\tBasement\t0\t3\n1\tOne\n",                             L"\"floors\", line 2"         },
+        {"floors",            "# name\n\nK\tBasement\tlow\t3",                           L"\"floors\", line 3: \"low\""},
+        {"zones",             "C\tCore\tX",                                              L"no floor \"X\""             },
+        {"rooms",             "Hall\tK\tL\t1\t5\t6\t2700\t20\t1\t1",                     L"zone \"L\""                 },
+        {"systems",           "V\tSA\tSupply\tAir\t12\t",                                L"not a colour"               },
+        {"systems",           "Q\tSA\tSupply\tAir\t112233\t",                            L"no discipline \"Q\""        },
+        {"parts",             "A/B\tV\tX\tPart\tno-such",                                L"no sizes"                   },
+        {"parts",             "A/B\tV\tX\tPart\t\nC\tV\tY\tPart\t\nA/B\tV\tZ\tPart\t\n", L"stand together"             },
+        {"parts",             "\tV\tX\tPart\t",                                          L"group is missing"           },
+        {"properties",        "1\tA\tName\t\tnumber\t1\t",                               L"no type \"number\""         },
+        {"custom_properties", "",                                                        L"is missing"                 },
+    };
+    for (const auto& row : cases) {
+        const auto content = GenerateProject(1, [&](std::string_view name) {
+            return name == row.file ? std::string_view(row.text) : EmbeddedText(name);
+        });
+        ASSERT_FALSE(content) << row.text;
+        EXPECT_EQ(content.Error().kind, FailureKind::BadInput);
+        EXPECT_NE(content.Error().message.find(row.message), std::wstring::npos)
+            << std::filesystem::path(content.Error().message);
+    }
+}
+
+// ---- the file ----
+
+TEST_F(ProjectStoreTest, GivesBackWhatWasStoredInDisplayOrder) {
+    auto store = ProjectStore::Create(path_, SampleContent());
+    ASSERT_TRUE(store);
+    const auto content = store->Content();
+    ASSERT_TRUE(content);
+    EXPECT_TRUE(*content == SampleContent());
+    EXPECT_EQ(*store->Info(), SampleContent().info);
+    EXPECT_EQ(*store->Folders(), SampleContent().folders);
+    EXPECT_EQ(*store->PropertyGroups(), SampleContent().propertyGroups);
+    EXPECT_EQ(*store->Properties(), SampleContent().properties);
+    EXPECT_EQ(*store->Rooms(), SampleContent().rooms);
+}
+
+TEST_F(ProjectStoreTest, TheSameScaleGivesTheSameFile) {
+    const std::wstring second = path_ + L"2";
+    { ASSERT_TRUE(OpenOrGenerateProject(path_, 2)); }
+    { ASSERT_TRUE(OpenOrGenerateProject(second, 2)); }
+    EXPECT_EQ(BytesOf(path_), BytesOf(second));
+}
+
+TEST_F(ProjectStoreTest, ALargeProjectTakesAFewSeconds) {
+    const auto start = std::chrono::steady_clock::now();
+    auto store = OpenOrGenerateProject(path_, 34);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    ASSERT_TRUE(store);
+    EXPECT_GE(store->Rooms()->size(), 20'000u);
+    EXPECT_GE(store->PartTypes()->size(), 20'000u);
+    EXPECT_LT(seconds.count(), 10);
+    std::printf("20,400 rooms and 30,600 part types: %.2f s\n", seconds.count());
+}
+
+TEST_F(ProjectStoreTest, AnExistingFileIsOpenedAndNeverReplaced) {
+    ASSERT_TRUE(OpenOrGenerateProject(path_, 1)->CreateCustomProperty({0, L"Mine", L"{1}"}));
+    EXPECT_EQ(OpenOrGenerateProject(path_, 2)->CustomProperties()->back().name, L"Mine");
+
+    auto created = ProjectStore::Create(path_, SampleContent());
+    ASSERT_FALSE(created);
+    EXPECT_EQ(created.Error().kind, FailureKind::AlreadyExists);
+    EXPECT_EQ(ProjectStore::Open(path_)->CustomProperties()->back().name, L"Mine");
+}
+
+TEST_F(ProjectStoreTest, CustomPropertiesAreCreatedUpdatedAndDeletedDurably) {
+    std::int32_t id = 0;
+    {
+        auto store = ProjectStore::Create(path_, SampleContent());
+        ASSERT_TRUE(store);
+        const auto created = store->CreateCustomProperty({1, L"Kanavan nimiö ÄÖ", L"Ø{54|mm} x"});
+        ASSERT_TRUE(created);
+        id = created->id;
+        EXPECT_EQ(id, std::ssize(SampleContent().customProperties) + 1);
+        ASSERT_TRUE(store->UpdateCustomProperty({1, L"Renamed", L""}));
+    }
+    auto store = ProjectStore::Open(path_);
+    ASSERT_TRUE(store);
+    const auto stored = *store->CustomProperties();
+    EXPECT_EQ(stored.front(), (CustomProperty{1, L"Renamed", L""}));
+    EXPECT_EQ(stored.back(), (CustomProperty{id, L"Kanavan nimiö ÄÖ", L"Ø{54|mm} x"}));
+
+    ASSERT_TRUE(store->DeleteCustomProperty(id));
+    EXPECT_EQ(store->CustomProperties()->size(), SampleContent().customProperties.size());
+    EXPECT_EQ(store->CreateCustomProperty({0, L"Next", L""})->id, id + 1) << "an id is not used again";
+
+    EXPECT_EQ(store->DeleteCustomProperty(id).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store->UpdateCustomProperty({id, L"Gone", L""}).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store->UpdateCustomProperty({1, L"", L""}).Error().kind, FailureKind::BadInput);
+    EXPECT_EQ(store->CreateCustomProperty({0, L"", L""}).Error().kind, FailureKind::BadInput);
+}
+
+TEST_F(ProjectStoreTest, AChangeWhileAnotherProgramWritesIsRefusedAndReadingGoesOn) {
+    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    auto store = ProjectStore::Open(path_, 0ms);
+    ASSERT_TRUE(store);
+    Database other(path_, false, 0ms);
+    Transaction writing(other, Transaction::Kind::Write);
+    EXPECT_EQ(store->UpdateCustomProperty({1, L"Renamed", L""}).Error().kind, FailureKind::Locked);
+    EXPECT_EQ(store->DeleteCustomProperty(1).Error().kind, FailureKind::Locked);
+    EXPECT_TRUE(*store->CustomProperties() == SampleContent().customProperties);
+}
+
+// ---- files that are refused ----
+
+TEST_F(ProjectStoreTest, RefusesWhatIsNoProject) {
+    EXPECT_EQ(ProjectStore::Open(path_).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(ProjectStore::Open(L"").Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(ProjectStore::Open(folder_.wstring() + L"\\none\\x").Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(ProjectStore::Open(folder_.wstring()).Error().kind, FailureKind::NotAProject);
+    EXPECT_EQ(ProjectStore::Create(folder_.wstring() + L"\\none\\x", {}).Error().kind, FailureKind::NotFound);
+    for (const std::string& bytes : {std::string(), std::string("text"), std::string(5000, 'x')}) {
+        WriteBytes(path_, bytes);
+        ExpectRefused(FailureKind::NotAProject);
+    }
+    DeleteFileW(path_.c_str());
+    Database(path_, true, 0ms).Execute("CREATE TABLE project(name)");
+    ExpectRefused(FailureKind::NotAProject);
+}
+
+TEST_F(ProjectStoreTest, RefusesADamagedFile) {
+    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    const std::string whole = BytesOf(path_);
+    constexpr size_t kPage = 4096;
+    for (size_t page = 1; page < whole.size() / kPage; page += 5) {
+        SCOPED_TRACE(page);
+        WriteBytes(path_, std::string(whole).replace(page * kPage, kPage, kPage, '\xA5'));
+        ExpectRefused(FailureKind::Damaged);
+        WriteBytes(path_, whole.substr(0, page * kPage));
+        ExpectRefused(FailureKind::Damaged);
+    }
+}
+
+TEST_F(ProjectStoreTest, RefusesAFileWithoutItsTables) {
+    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    Database(path_, false, 0ms).Execute("DROP TABLE custom_property; UPDATE property SET type = 77 WHERE id = 3");
+    auto store = ProjectStore::Open(path_);
+    ASSERT_TRUE(store);
+    EXPECT_EQ(store->CustomProperties().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store->CreateCustomProperty({0, L"Name", L""}).Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store->Properties().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store->Content().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store->Rooms()->size(), SampleContent().rooms.size()) << "what is whole is still read";
+}
+
+TEST_F(ProjectStoreTest, RefusesANewerReadOnlyOrLockedFile) {
+    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_READONLY);
+    ExpectRefused(FailureKind::ReadOnly);
+    SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
+
+    const HANDLE exclusive = CreateFileW(path_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(ProjectStore::Open(path_, 0ms).Error().kind, FailureKind::Locked);
+    CloseHandle(exclusive);
+    {
+        Database other(path_, false, 0ms);
+        other.Execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
+        EXPECT_EQ(ProjectStore::Open(path_, 0ms).Error().kind, FailureKind::Locked);
+    }
+    EXPECT_TRUE(ProjectStore::Open(path_));
+
+    Database(path_, false, 0ms).Execute("PRAGMA user_version = 2");
+    ExpectRefused(FailureKind::Newer);
+}
+
+// ---- interrupted generation ----
+
+TEST_F(ProjectStoreTest, AFailedCreationLeavesNothing) {
+    ProjectContent bad = SampleContent();
+    bad.customProperties.push_back(bad.customProperties.front());  // stored last
+    EXPECT_EQ(ProjectStore::Create(path_, bad).Error().kind, FailureKind::BadInput);
+    bad = SampleContent();
+    bad.rooms.back().zone = 9999;
+    EXPECT_EQ(ProjectStore::Create(path_, bad).Error().kind, FailureKind::BadInput);
+    EXPECT_TRUE(std::filesystem::is_empty(folder_));
+}
+
+TEST_F(ProjectStoreTest, WhatAnInterruptedRunLeftIsNotUsed) {
+    const std::string earlierLog = [&] {
+        auto store = ProjectStore::Create(path_, SampleContent());
+        EXPECT_TRUE(store->CreateCustomProperty({0, L"Earlier", L""}));
+        return BytesOf(path_ + L"-wal");
+    }();
+    ASSERT_FALSE(earlierLog.empty());
+    DeleteFileW(path_.c_str());
+    WriteBytes(path_ + L"-wal", earlierLog);
+    WriteBytes(path_ + L".new", "half");
+    WriteBytes(path_ + L".new-journal", "half");
+
+    auto store = ProjectStore::Create(path_, SampleContent());
+    ASSERT_TRUE(store);
+    EXPECT_TRUE(*store->Content() == SampleContent());
+    EXPECT_FALSE(Exists(path_ + L".new"));
+    EXPECT_FALSE(Exists(path_ + L".new-journal"));
+}
+
+/// Ends this process as soon as the file holds some of the rows that are being written.
+void EndWhenWriting(const std::wstring& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    while (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data) || data.nFileSizeLow < 4096) {
+        std::this_thread::yield();
+    }
+    TerminateProcess(GetCurrentProcess(), 42);
+}
+
+TEST_F(ProjectStoreTest, AKilledGenerationDoesNotAppearUnderItsName) {
+    const auto generate = [&] {
+        const auto content = GenerateProject(20);
+        std::thread(EndWhenWriting, path_ + L".new").detach();
+        const bool created = static_cast<bool>(ProjectStore::Create(path_, *content));
+        _exit(created ? 0 : 1);
+    };
+    EXPECT_EXIT(generate(), testing::ExitedWithCode(42), "");
+    EXPECT_FALSE(Exists(path_));
+    EXPECT_TRUE(OpenOrGenerateProject(path_, 1));
+}
+
+}  // namespace
+}  // namespace ochost

@@ -17,6 +17,8 @@ struct Column {
     const char* type;
     M R::*member;
 };
+template <class R, class M>
+Column(const char*, const char*, M R::*) -> Column<R, M>;
 
 enum class Order { ById, ByPosition, Tree };
 

@@ -54,7 +54,7 @@ int PrintTo(char* to, std::size_t room, const char* format, std::va_list argumen
 }  // namespace
 
 template <class C>
-BasicText<C>& BasicText<C>::operator=(BasicText&& other) {
+BasicText<C>& BasicText<C>::operator=(BasicText&& other) {  // NOLINT(performance-noexcept-move-constructor)
     if (this != &other) Take(other);
     return *this;
 }
@@ -167,42 +167,6 @@ BasicText<C>& BasicText<C>::Print(const C* format, std::va_list arguments, bool 
     printed.resize(static_cast<std::size_t>(length));
     PrintTo(printed.data(), printed.size() + 1, format, arguments);
     return keep ? append(printed) : *this = std::move(printed);
-}
-
-template <class C>
-BasicText<C>& BasicText<C>::format(const char* format, ...) requires std::same_as<C, char> {
-    std::va_list arguments;
-    va_start(arguments, format);
-    BasicText& result = Print(format, arguments, false);
-    va_end(arguments);
-    return result;
-}
-
-template <class C>
-BasicText<C>& BasicText<C>::formatCat(const char* format, ...) requires std::same_as<C, char> {
-    std::va_list arguments;
-    va_start(arguments, format);
-    BasicText& result = Print(format, arguments, true);
-    va_end(arguments);
-    return result;
-}
-
-template <class C>
-BasicText<C>& BasicText<C>::format(const wchar_t* format, ...) requires std::same_as<C, wchar_t> {
-    std::va_list arguments;
-    va_start(arguments, format);
-    BasicText& result = Print(format, arguments, false);
-    va_end(arguments);
-    return result;
-}
-
-template <class C>
-BasicText<C>& BasicText<C>::formatCat(const wchar_t* format, ...) requires std::same_as<C, wchar_t> {
-    std::va_list arguments;
-    va_start(arguments, format);
-    BasicText& result = Print(format, arguments, true);
-    va_end(arguments);
-    return result;
 }
 
 template class BasicText<wchar_t>;

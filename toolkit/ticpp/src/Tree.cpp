@@ -7,6 +7,7 @@ constexpr std::size_t kChunkSlots = 64;
 
 template <class Handle>
 void Bind(Slot& slot, TiXmlBase* base, Tree* tree) {
+    // NOLINTNEXTLINE(misc-redundant-expression): it is not one for every Handle.
     static_assert(sizeof(Handle) <= sizeof(slot.storage) && alignof(Handle) <= alignof(Node));
     slot.base = base;
     slot.tree = tree;

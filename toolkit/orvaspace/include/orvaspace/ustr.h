@@ -45,8 +45,10 @@ public:
     BasicText(BasicText&& other) noexcept : BasicText() { Take(other); }
     ~BasicText() { Free(); }
 
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
     BasicText& operator=(const BasicText& other) { return assign(other); }
-    BasicText& operator=(BasicText&& other);
+    /// Needs memory for a text that lies inside a `ustr_pre`.
+    BasicText& operator=(BasicText&& other);  // NOLINT(performance-noexcept-move-constructor)
     BasicText& operator=(View text) { return assign(text); }
     BasicText& operator=(const C* text) { return assign(AsView(text)); }
     BasicText& assign(View text);
@@ -108,11 +110,35 @@ public:
     /// does it, but with a decimal point in every locale and without a limit of length. "%s" takes a wide text in ustr
     /// and a narrow one in astr; 64-bit integers are "%lld" or, in ustr, "%I64d". A null or unusable format changes
     /// nothing. Arguments may point into this text.
-    __attribute__((format(ms_printf, 2, 3))) BasicText& format(const char* format, ...) requires std::same_as<C, char>;
+    __attribute__((format(ms_printf, 2, 3))) BasicText& format(const char* format, ...) requires std::same_as<C, char> {
+        std::va_list arguments;
+        va_start(arguments, format);
+        BasicText& result = Print(reinterpret_cast<const C*>(format), arguments, false);
+        va_end(arguments);
+        return result;
+    }
     __attribute__((format(ms_printf, 2, 3))) BasicText& formatCat(const char* format,
-                                                                  ...) requires std::same_as<C, char>;
-    BasicText& format(const wchar_t* format, ...) requires std::same_as<C, wchar_t>;
-    BasicText& formatCat(const wchar_t* format, ...) requires std::same_as<C, wchar_t>;
+                                                                  ...) requires std::same_as<C, char> {
+        std::va_list arguments;
+        va_start(arguments, format);
+        BasicText& result = Print(reinterpret_cast<const C*>(format), arguments, true);
+        va_end(arguments);
+        return result;
+    }
+    BasicText& format(const wchar_t* format, ...) requires std::same_as<C, wchar_t> {
+        std::va_list arguments;
+        va_start(arguments, format);
+        BasicText& result = Print(reinterpret_cast<const C*>(format), arguments, false);
+        va_end(arguments);
+        return result;
+    }
+    BasicText& formatCat(const wchar_t* format, ...) requires std::same_as<C, wchar_t> {
+        std::va_list arguments;
+        va_start(arguments, format);
+        BasicText& result = Print(reinterpret_cast<const C*>(format), arguments, true);
+        va_end(arguments);
+        return result;
+    }
 
     /// Comparison is exact and by the unsigned value of the code units.
     friend bool operator==(const BasicText& a, const BasicText& b) noexcept { return View(a) == View(b); }
@@ -188,7 +214,7 @@ public:
     BasicTextPre(BasicTextPre&& other) noexcept : BasicTextPre() { Base::Take(other); }
 
     using Base::operator=;
-    BasicTextPre& operator=(const BasicTextPre& other) {
+    BasicTextPre& operator=(const BasicTextPre& other) {  // NOLINT(bugprone-unhandled-self-assignment)
         Base::assign(other);
         return *this;
     }

@@ -518,8 +518,8 @@ DWORD WINAPI ParseDeepest(void* failed) {
 
 TEST(HostileInput, TheDeepestDocumentNeedsLittleStack) {
     bool failed = true;
-    HANDLE thread =
-        CreateThread(nullptr, 256 * 1024, ParseDeepest, &failed, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    HANDLE thread = CreateThread(nullptr, std::size_t{256} * 1024, ParseDeepest, &failed,
+                                 STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
     ASSERT_NE(thread, nullptr);
     WaitForSingleObject(thread, INFINITE);
     CloseHandle(thread);

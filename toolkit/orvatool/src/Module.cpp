@@ -4,7 +4,9 @@ namespace {
 HINSTANCE module = nullptr;
 }
 
-HINSTANCE ToolkitModule() { return module; }
+HINSTANCE ToolkitModule() {
+    return module;
+}
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {

@@ -1,0 +1,61 @@
+#include "host/DialogCatalog.h"
+
+#include <algorithm>
+
+#include "host/dialogs/Families.h"
+
+namespace ochost {
+namespace {
+
+constexpr std::span<const DialogEntry> (*kFamilies[])() = {
+    CustomPropertyDialogs,
+    ToolkitDialogs,
+};
+
+const wchar_t* Name(Outcome outcome) {
+    switch (outcome) {
+        case Outcome::Confirmed:
+            return L"confirmed";
+        case Outcome::Cancelled:
+            return L"cancelled";
+        case Outcome::Failed:
+            break;
+    }
+    return L"failed";
+}
+
+}  // namespace
+
+const std::vector<DialogEntry>& AllDialogs() {
+    static const std::vector<DialogEntry> dialogs = [] {
+        std::vector<DialogEntry> all;
+        for (const auto family : kFamilies) {
+            const std::span<const DialogEntry> rows = family();
+            all.insert(all.end(), rows.begin(), rows.end());
+        }
+        return all;
+    }();
+    return dialogs;
+}
+
+const DialogEntry* FindDialog(std::wstring_view name) {
+    const auto& dialogs = AllDialogs();
+    const auto found =
+        std::find_if(dialogs.begin(), dialogs.end(), [&](const DialogEntry& dialog) { return dialog.name == name; });
+    return found == dialogs.end() ? nullptr : &*found;
+}
+
+Outcome RunDialog(const DialogEntry& dialog, DialogContext& context) {
+    context.reporter.Log(std::wstring(dialog.name) + L": open");
+    context.reporter.After(L"");
+    const Outcome outcome = dialog.run(context);
+    context.reporter.Log(std::wstring(dialog.name) + L": " + Name(outcome));
+    return outcome;
+}
+
+Outcome ReportFailure(DialogContext& context, const Failure& failure) {
+    context.reporter.Log(failure.message);
+    return Outcome::Failed;
+}
+
+}  // namespace ochost

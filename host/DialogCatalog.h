@@ -1,0 +1,58 @@
+#pragma once
+
+#include <windows.h>
+
+#include <orvatool/Lng.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/ProjectStore.h"
+
+namespace ochost {
+
+class TourSteps;
+
+/// Receives what a dialog's caller has to tell: the record before and after, and what happened, as lines of text.
+class Reporter {
+public:
+    virtual ~Reporter() = default;
+    virtual void Before(const std::wstring& record) = 0;
+    virtual void After(const std::wstring& record) = 0;
+    virtual void Log(const std::wstring& line) = 0;
+};
+
+/// What a dialog is opened with.
+struct DialogContext {
+    HWND parent;  ///< may be null
+    Lng::AppID app;
+    ProjectStore& project;
+    Reporter& reporter;
+};
+
+enum class Outcome { Confirmed, Cancelled, Failed };
+
+/// A dialog that the host can open. Adding one is a row in its family's table in host/dialogs.
+struct DialogEntry {
+    const wchar_t* family;
+    const wchar_t* name;   ///< on the command line and in the names of pictures
+    const wchar_t* title;  ///< in the host's list
+    const wchar_t* shows;  ///< one sentence
+    Outcome (*run)(DialogContext&);
+    void (*tour)(TourSteps&);  ///< adds the steps of a user who fills the dialog and confirms it
+};
+
+/// Every dialog, family by family.
+const std::vector<DialogEntry>& AllDialogs();
+
+/// The dialog of that name; null for none.
+const DialogEntry* FindDialog(std::wstring_view name);
+
+/// Opens the dialog and logs what came of it.
+Outcome RunDialog(const DialogEntry& dialog, DialogContext& context);
+
+/// Logs why something failed.
+Outcome ReportFailure(DialogContext& context, const Failure& failure);
+
+}  // namespace ochost

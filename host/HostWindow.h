@@ -1,0 +1,67 @@
+#pragma once
+
+#include <orvatool/OCDialog.h>
+#include <orvatool/TreeInsertList.h>
+
+#include <string>
+#include <vector>
+
+#include "host/DialogCatalog.h"
+
+namespace ochost {
+
+/// The host's main window: the dialogs by family, the record that the last one worked on before and after, and the log.
+class HostWindow : public OCDialog, private Reporter {
+public:
+    /// `project` must outlive the window.
+    explicit HostWindow(ProjectStore& project);
+
+    /// Creates and shows the window; false on failure.
+    bool Open();
+    /// Handles messages until the user closes the window.
+    void RunUntilClosed();
+    /// Opens a dialog as if the user had chosen it.
+    Outcome Run(const DialogEntry& dialog);
+
+    void SetAnchoring() override;
+    bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
+    bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
+    bool OnInitDialog() override;
+    bool OnKeyDown(int virtualKey) override;
+    using OCDialog::OnKeyDown;
+    void OnOk() override;
+    void SetLanguage() override;
+    void SetPosition() override;
+    void SavePosition() override;
+    ustr GetPositionRegistryKey() const override;
+
+private:
+    void Before(const std::wstring& record) override;
+    void After(const std::wstring& record) override;
+    void Log(const std::wstring& line) override;
+
+    void FillDialogs();
+    void FillLanguages();
+    void SwitchLanguage();
+    void ShowSelected();
+    void ShowStatus();
+    void Select(const DialogEntry& dialog);
+    const DialogEntry* Selected() const;
+
+    /// What the project has of everything that the dialogs do not change.
+    struct Size {
+        int drawings;
+        int rooms;
+        int systems;
+        int partTypes;
+        int properties;
+    };
+
+    ProjectStore& project_;
+    const Size size_;
+    TREE_INSERTLIST dialogs_;
+    TreeSearch search_;
+    std::vector<std::wstring> languages_;
+};
+
+}  // namespace ochost

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <span>
+
+#include "host/DialogCatalog.h"
+
+namespace ochost {
+
+// One function a family, in a file of its own; host/DialogCatalog.cpp lists them in display order.
+std::span<const DialogEntry> CustomPropertyDialogs();
+std::span<const DialogEntry> ToolkitDialogs();
+
+}  // namespace ochost

@@ -1,0 +1,4 @@
+#pragma once
+
+#include <occommonui/CustomProperty.h>
+#include <occommonui/Version.h>

@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+#include <occommonui/occommonui.h>
+#include <orvatool/Gw.h>
+#include <windows.h>
+
+#include <set>
+#include <string>
+
+namespace {
+
+constexpr wchar_t kModule[] = L"occommonui.dll";
+
+using Handshake = int (*)(int);
+
+std::set<std::string> ExportedNames(HMODULE module) {
+    const auto* base = reinterpret_cast<const unsigned char*>(module);
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
+    const auto* headers = reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
+    const auto& entry = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    const auto* exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + entry.VirtualAddress);
+    const auto* names = reinterpret_cast<const DWORD*>(base + exports->AddressOfNames);
+    std::set<std::string> result;
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i)
+        result.emplace(reinterpret_cast<const char*>(base + names[i]));
+    return result;
+}
+
+// This program does not import the library, so that loading it is what the test does.
+TEST(Module, ShakesHandsByItsPlainNameAndReleasesTheToolkitOnceAtUnload) {
+    ASSERT_EQ(GetModuleHandleW(kModule), nullptr);
+    const HMODULE module = LoadLibraryW(kModule);
+    ASSERT_NE(module, nullptr);
+    const auto handshake = reinterpret_cast<Handshake>(GetProcAddress(module, "occommonui_version_nmb"));
+    ASSERT_NE(handshake, nullptr);
+    EXPECT_EQ(handshake(20160101), 20160101);
+    for (const int other : {0, -20160101, 20160102, 1})
+        EXPECT_EQ(handshake(other), -20160101) << other;
+
+    const int releases = gwreleasecount();
+    ASSERT_TRUE(FreeLibrary(module));
+    EXPECT_EQ(GetModuleHandleW(kModule), nullptr);
+    EXPECT_EQ(gwreleasecount(), releases + 1);
+}
+
+TEST(Module, ExportsItsInterfaceAndNothingElse) {
+    const HMODULE module = LoadLibraryW(kModule);
+    ASSERT_NE(module, nullptr);
+    for (const std::string& name : ExportedNames(module)) {
+        const bool own = name == "occommonui_version_nmb" || name.find("14CustomProperty") != std::string::npos;
+        EXPECT_TRUE(own) << name;
+    }
+    EXPECT_TRUE(ExportedNames(module).contains("_ZN14CustomProperty6Format5ParseERK9BasicTextIwE") ||
+                ExportedNames(module).size() > 20);
+    FreeLibrary(module);
+}
+
+TEST(Module, HasItsTemplatesInTheLanguageOfTheResources) {
+    const HMODULE module = LoadLibraryW(kModule);
+    ASSERT_NE(module, nullptr);
+    for (const wchar_t* name : {L"CUSTOMPROPERTYDLG"}) {
+        EXPECT_NE(FindResourceExW(module, RT_DIALOG, name, 1035), nullptr) << name;
+    }
+    FreeLibrary(module);
+}
+
+}  // namespace

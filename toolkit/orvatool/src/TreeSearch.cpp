@@ -1,0 +1,306 @@
+#include <orvatool/TreeInsertList.h>
+
+#include <orvatool/Gw.h>
+#include <orvatool/String.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include "SearchEdit.h"
+#include "TreeRows.h"
+
+struct TreeSearch::Matches {
+    std::vector<bool> wanted;  // rows that match, and the rows above them
+    std::vector<bool> open;    // rows above one that holds a word itself
+    std::size_t opening = 0;   // how many rows ask for their branch to be open
+    std::size_t first = kNoRow;
+};
+
+namespace {
+
+constexpr std::size_t kMaxWords = 64;  // a bit each
+constexpr std::size_t kMaxOpening = 1000;
+// Changes up to this part of the shown rows are made singly; for more the tree is built anew, which is faster then.
+constexpr std::size_t kFewOf = 16;
+// To open or close a branch costs a tree as much as to take out or put in so many rows.
+constexpr std::size_t kRowsPerBranch = 100;
+
+const TREE_INSERTLIST kNoRows;
+
+UINT ItemState(HWND tree, HTREEITEM item, UINT mask) {
+    const LRESULT state =
+        SendMessageW(tree, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(mask));
+    return static_cast<UINT>(state) & mask;
+}
+
+bool HasChecks(HWND tree) {
+    return SendMessageW(tree, TVM_GETIMAGELIST, TVSIL_STATE, 0) != 0;
+}
+
+bool HasImages(const TREE_INSERTLIST& list) {
+    return std::any_of(list.begin(), list.end(), [](const TREE_INSERTITEM& row) { return row.image >= 0; });
+}
+
+std::uint64_t WordsIn(std::wstring_view folded, const std::vector<ustr>& words) {
+    std::uint64_t found = 0;
+    for (std::size_t word = 0; word < words.size(); ++word) {
+        if (folded.find(words[word]) != std::wstring_view::npos) found |= std::uint64_t{1} << word;
+    }
+    return found;
+}
+
+// A word of a search that begins a word of the text; a letter in the middle would say little about a heading.
+std::uint64_t WordsBegunIn(std::wstring_view folded, const std::vector<ustr>& words) {
+    std::uint64_t found = 0;
+    for (std::size_t word = 0; word < words.size(); ++word) {
+        for (std::size_t at = folded.find(words[word]); at != folded.npos; at = folded.find(words[word], at + 1)) {
+            if (at == 0 || !IsCharAlphaNumericW(folded[at - 1])) found |= std::uint64_t{1} << word;
+        }
+    }
+    return found;
+}
+
+std::vector<std::size_t> ParentsOf(const TREE_INSERTLIST& list, std::size_t none) {
+    std::vector<std::size_t> parents;
+    parents.reserve(list.size());
+    std::vector<std::size_t> path;  // the row that rows of each level go below, but for the roots
+    for (std::size_t row = 0; row < list.size(); ++row) {
+        const auto level = static_cast<std::size_t>(std::max(list[row].level, 0));
+        path.resize(std::min(level, path.size()));
+        parents.push_back(path.empty() ? none : path.back());
+        path.push_back(row);
+    }
+    return parents;
+}
+
+}  // namespace
+
+void TreeSearch::Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit, const wchar_t* cue) {
+    tree_ = tree;
+    list_ = list ? list : &kNoRows;
+    folded_.Assign(*list_, [](const TREE_INSERTITEM& row) -> const ustr& { return row.text; });
+    parents_ = ParentsOf(*list_, kNoRow);
+    items_.assign(list_->size(), nullptr);
+    expanded_.assign(list_->size(), false);
+    checks_.assign(list_->size(), kTreeUnchecked);
+    selected_ = firstMatch_ = kNoRow;
+    filtered_ = false;
+    if (edit) AttachSearchEdit(edit, tree, cue);
+    Rebuild(std::vector<bool>(list_->size(), true), expanded_);
+}
+
+void TreeSearch::Filter(const ustr& text) {
+    if (!list_) return;
+    const gwRedrawOff quiet(tree_);
+    const Matches matches = Find(text);
+    if (matches.open.empty()) return Restore();
+    const std::size_t selected = SelectedRow();
+    if (!filtered_) {
+        RememberExpansion();
+        selected_ = selected;
+        firstMatch_ = kNoRow;
+        filtered_ = true;
+    }
+    Show(matches.wanted, matches.opening > kMaxOpening ? expanded_ : matches.open);
+    const bool stays = selected != kNoRow && items_[selected];
+    if (!stays) firstMatch_ = matches.first;
+    SelectRow(stays ? selected : matches.first);
+}
+
+const TREE_INSERTITEM* TreeSearch::Row(HTREEITEM item) const {
+    const std::size_t row = RowOf(item);
+    return row == kNoRow ? nullptr : &(*list_)[row];
+}
+
+HTREEITEM TreeSearch::Item(std::size_t row) const {
+    return row < items_.size() ? items_[row] : nullptr;
+}
+
+bool TreeSearch::Select(std::int64_t value) {
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        if (!items_[row] || (*list_)[row].value != value) continue;
+        SelectRow(row);
+        return true;
+    }
+    return false;
+}
+
+std::vector<int> TreeSearch::GetChecks() const {
+    std::vector<int> states = checks_;
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        if (items_[row]) states[row] = gwTVgetCheck(tree_, items_[row]);
+    }
+    ParentsFromChildren(states);
+    return states;
+}
+
+void TreeSearch::SetChecks(const std::vector<int>& states) {
+    checks_ = states;
+    checks_.resize(items_.size(), kTreeUnchecked);
+    ParentsFromChildren(checks_);
+    const gwRedrawOff quiet(tree_);
+    for (std::size_t row = 0; row < items_.size(); ++row)
+        gwTVsetCheck(tree_, items_[row], checks_[row]);
+}
+
+// Without a word to look for, `open` is empty.
+TreeSearch::Matches TreeSearch::Find(const ustr& text) const {
+    std::vector<ustr> words = String::SearchWords(text);
+    words.resize(std::min(words.size(), kMaxWords));
+    const std::size_t count = items_.size();
+    Matches matches;
+    matches.wanted.assign(count, words.empty());
+    if (words.empty()) return matches;
+
+    const std::uint64_t all = ~std::uint64_t{0} >> (kMaxWords - words.size());
+    std::vector<std::uint64_t> above(count);  // words that the rows below need not hold
+    std::vector<bool> holds(count);           // matches, and has a word itself
+    for (std::size_t row = 0; row < count; ++row) {
+        const std::uint64_t own = WordsIn(folded_[row], words);
+        const std::uint64_t fromAbove = parents_[row] == kNoRow ? 0 : above[parents_[row]];
+        matches.wanted[row] = (own | fromAbove) == all;
+        above[row] = matches.wanted[row] ? all : fromAbove | WordsBegunIn(folded_[row], words);
+        holds[row] = matches.wanted[row] && own != 0;
+        if (matches.wanted[row] && matches.first == kNoRow) matches.first = row;
+    }
+    matches.open.assign(count, false);
+    for (std::size_t row = count; row-- > 0;) {
+        const std::size_t parent = parents_[row];
+        if (parent == kNoRow) continue;
+        if (matches.wanted[row]) matches.wanted[parent] = true;
+        if (holds[row] || matches.open[row]) matches.open[parent] = true;
+        matches.opening += holds[row];
+    }
+    return matches;
+}
+
+// The search is cleared.
+void TreeSearch::Restore() {
+    if (!filtered_) return;
+    const std::size_t selected = SelectedRow();
+    const bool chosen = selected != kNoRow && selected != firstMatch_;
+    Show(std::vector<bool>(items_.size(), true), expanded_);
+    SelectRow(chosen ? selected : selected_);
+    filtered_ = false;
+}
+
+void TreeSearch::Show(const std::vector<bool>& wanted, const std::vector<bool>& open) {
+    if (HasChecks(tree_)) checks_ = GetChecks();
+    if (AreFew(wanted, open)) {
+        Change(wanted);
+        Open(open);
+    } else {
+        Rebuild(wanted, open);
+    }
+    rows_.clear();  // whoever was told of changes in between may have asked for rows
+    if (HasChecks(tree_)) ShowParentChecks();
+}
+
+bool TreeSearch::AreFew(const std::vector<bool>& wanted, const std::vector<bool>& open) const {
+    std::size_t kept = 0;
+    std::size_t changes = 0;
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        const bool shown = items_[row] != nullptr;
+        kept += shown && wanted[row];
+        const bool goesWithParent = !wanted[row] && parents_[row] != kNoRow && !wanted[parents_[row]];
+        changes += shown != wanted[row] && !goesWithParent;
+        if (wanted[row] && IsOpen(row) != open[row]) changes += kRowsPerBranch;
+    }
+    return changes * kFewOf <= kept;
+}
+
+// Takes out and puts in single rows.
+void TreeSearch::Change(const std::vector<bool>& wanted) {
+    rows_.clear();
+    TreeRowInserter inserter(tree_, HasImages(*list_));
+    std::vector<HTREEITEM> last(items_.size() + 1, TVI_FIRST);  // the last row met below each row, and of the roots
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        const std::size_t parent = parents_[row];
+        HTREEITEM& before = last[parent == kNoRow ? items_.size() : parent];
+        if (wanted[row]) {
+            const HTREEITEM above = parent == kNoRow ? TVI_ROOT : items_[parent];
+            if (!items_[row] && above) items_[row] = inserter.Insert(above, before, (*list_)[row], checks_[row], false);
+            if (items_[row]) before = items_[row];
+        } else if (items_[row]) {
+            const bool goesWithParent = parent != kNoRow && !wanted[parent];
+            if (!goesWithParent) SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(items_[row]));
+            items_[row] = nullptr;
+        }
+    }
+}
+
+void TreeSearch::Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open) {
+    const gwRedrawOff quiet(tree_);
+    rows_.clear();
+    SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, 0);
+    SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    TreeRowInserter inserter(tree_, HasImages(*list_));
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        items_[row] = nullptr;
+        const HTREEITEM parent = parents_[row] == kNoRow ? TVI_ROOT : items_[parents_[row]];
+        if (!wanted[row] || !parent) continue;
+        items_[row] = inserter.Insert(parent, TVI_LAST, (*list_)[row], checks_[row], open[row]);
+    }
+}
+
+void TreeSearch::Open(const std::vector<bool>& open) {
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        if (!items_[row] || IsOpen(row) == open[row]) continue;
+        SendMessageW(tree_, TVM_EXPAND, open[row] ? TVE_EXPAND : TVE_COLLAPSE, reinterpret_cast<LPARAM>(items_[row]));
+    }
+}
+
+void TreeSearch::SelectRow(std::size_t row) {
+    const HTREEITEM item = row == kNoRow ? nullptr : items_[row];
+    SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    if (item) SendMessageW(tree_, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
+}
+
+std::size_t TreeSearch::RowOf(HTREEITEM item) const {
+    if (!item) return kNoRow;
+    if (rows_.empty()) {
+        for (std::size_t row = 0; row < items_.size(); ++row) {
+            if (items_[row]) rows_.emplace(items_[row], row);
+        }
+    }
+    const auto found = rows_.find(item);
+    return found == rows_.end() ? kNoRow : found->second;
+}
+
+std::size_t TreeSearch::SelectedRow() const {
+    return RowOf(reinterpret_cast<HTREEITEM>(SendMessageW(tree_, TVM_GETNEXTITEM, TVGN_CARET, 0)));
+}
+
+// Rows are in pre-order: what follows a row is its child or nothing below it.
+bool TreeSearch::HasRowsBelow(std::size_t row) const {
+    return row + 1 < parents_.size() && parents_[row + 1] == row;
+}
+
+bool TreeSearch::IsOpen(std::size_t row) const {
+    return items_[row] && HasRowsBelow(row) && ItemState(tree_, items_[row], TVIS_EXPANDED) != 0;
+}
+
+void TreeSearch::RememberExpansion() {
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        expanded_[row] = IsOpen(row);
+    }
+}
+
+void TreeSearch::ParentsFromChildren(std::vector<int>& states) const {
+    constexpr int kUnknown = -1;
+    std::vector<int> fromChildren(states.size(), kUnknown);
+    for (std::size_t row = states.size(); row-- > 0;) {
+        if (fromChildren[row] != kUnknown) states[row] = fromChildren[row];
+        if (parents_[row] == kNoRow) continue;
+        int& above = fromChildren[parents_[row]];
+        if (above == kUnknown) above = states[row];
+        if (above != states[row]) above = kTreePartial;
+    }
+}
+
+// Rows below them may have been changed while others were hidden.
+void TreeSearch::ShowParentChecks() const {
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        if (items_[row] && HasRowsBelow(row)) gwTVsetCheck(tree_, items_[row], checks_[row]);
+    }
+}

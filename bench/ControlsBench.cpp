@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "BareTree.h"
+
 namespace {
 
 constexpr int kPerGroup = 20;
@@ -62,21 +64,7 @@ void FillOurs(benchmark::State& state) {
 }
 
 void FillBare(benchmark::State& state) {
-    FillTrees(state, [](HWND tree, const TREE_INSERTLIST& rows) {
-        SendMessageW(tree, WM_SETREDRAW, FALSE, 0);
-        HTREEITEM group = nullptr;
-        for (const TREE_INSERTITEM& row : rows) {
-            TVINSERTSTRUCTW insert{};
-            insert.hParent = row.level ? group : TVI_ROOT;
-            insert.hInsertAfter = TVI_LAST;
-            insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-            insert.item.pszText = const_cast<wchar_t*>(row.text.c_str());
-            insert.item.lParam = row.value;
-            const HTREEITEM item = TreeView_InsertItem(tree, &insert);
-            if (!row.level) group = item;
-        }
-        SendMessageW(tree, WM_SETREDRAW, TRUE, 0);
-    });
+    FillTrees(state, FillTreeBare);
 }
 
 void FillEntries(void* context, std::vector<ListFilterCtrl::Entry>& entries) {

@@ -148,7 +148,12 @@ void DlgControlAnchorer::Remove(int ctrlId) {
 
 void DlgControlAnchorer::Layout() {
     if (anchored_.empty() || !IsWindow(dlg_) || IsIconic(dlg_)) return;
-    laidOut_ = ClientSize(dlg_);
+    const SIZE client = ClientSize(dlg_);
+    if (client.cx != laidOut_.cx || client.cy != laidOut_.cy) Arrange(client);
+}
+
+void DlgControlAnchorer::Arrange(SIZE client) {
+    laidOut_ = client;
     const SIZE growth = Growth(laidOut_);
     std::vector<Move> moves;
     moves.reserve(anchored_.size());
@@ -175,7 +180,7 @@ void DlgControlAnchorer::SetDpi(unsigned dpi) {
     MoveAll(dlg_, moves);
     for (auto& [control, item] : loose_)
         item.placed = RectInDialog(dlg_, control);
-    Layout();
+    if (!IsIconic(dlg_)) Arrange(ClientSize(dlg_));
 }
 
 SIZE DlgControlAnchorer::MinimumWindowSize() const {

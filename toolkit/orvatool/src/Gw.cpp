@@ -221,7 +221,9 @@ gwRedrawOff::~gwRedrawOff() {
     SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
     // Windows that leave WM_SETREDRAW to the system are visible after it even when they were hidden.
     if (!visible_) ShowWindow(window_, SW_HIDE);
-    RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+    // While its dialog is being filled it will be painted in any case.
+    if (IsWindowVisible(window_))
+        RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 bool gwcopytext(HWND owner, const ustr& text) {

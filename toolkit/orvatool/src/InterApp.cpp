@@ -31,6 +31,7 @@ struct StoredPosition {
     std::uint32_t showState = SW_SHOWNORMAL;
     std::uint32_t dpi = USER_DEFAULT_SCREEN_DPI;
 
+    bool operator==(const StoredPosition&) const = default;
     RECT Rect() const { return {left, top, right, bottom}; }
 
     bool MakesSense() const {
@@ -71,17 +72,19 @@ SIZE SizeOf(const RECT& rect) {
     return {rect.right - rect.left, rect.bottom - rect.top};
 }
 
+RECT RectOf(HWND window) {
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    return rect;
+}
+
 // The window's rectangle when it is neither maximized nor minimized.
 RECT NormalRect(HWND window) {
-    RECT rect{};
-    if (!IsIconic(window) && !IsZoomed(window)) {
-        GetWindowRect(window, &rect);
-        return rect;
-    }
+    if (!IsIconic(window) && !IsZoomed(window)) return RectOf(window);
     WINDOWPLACEMENT placement{};
     placement.length = sizeof placement;
     GetWindowPlacement(window, &placement);
-    rect = placement.rcNormalPosition;
+    RECT rect = placement.rcNormalPosition;
     // The system gives it relative to the work area, except for tool windows.
     if (!(GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOOLWINDOW)) {
         const MONITORINFO info = InfoOf(MonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST));
@@ -90,11 +93,16 @@ RECT NormalRect(HWND window) {
     return rect;
 }
 
+// Both leave a window alone that is as wanted: as a rule a dialog opens where it was.
 void MoveTo(HWND window, POINT corner) {
+    const RECT now = RectOf(window);
+    if (now.left == corner.x && now.top == corner.y) return;
     SetWindowPos(window, nullptr, corner.x, corner.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void Resize(HWND window, SIZE size) {
+    const SIZE now = SizeOf(RectOf(window));
+    if (now.cx == size.cx && now.cy == size.cy) return;
     SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -119,9 +127,7 @@ void Restore(HWND window, const StoredPosition& stored) {
         Resize(window, {std::min<LONG>(MulDiv(size.cx, dpi, storedDpi), area.right - area.left),
                         std::min<LONG>(MulDiv(size.cy, dpi, storedDpi), area.bottom - area.top)});
     }
-    RECT now{};
-    GetWindowRect(window, &now);
-    MoveTo(window, Within(area, {rect.left, rect.top}, SizeOf(now)));
+    MoveTo(window, Within(area, {rect.left, rect.top}, SizeOf(RectOf(window))));
     if (stored.showState == SW_SHOWMAXIMIZED && (style & WS_MAXIMIZEBOX)) ShowWindow(window, SW_SHOWMAXIMIZED);
 }
 
@@ -144,6 +150,9 @@ bool InterApp::HPV::Reg_SetWindowPos_(HKEY root, const wchar_t* key, HWND window
     stored.showState = IsZoomed(window) ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL;
     stored.dpi = win32::DpiOf(window);
     if (!stored.MakesSense()) return false;
+    StoredPosition before;
+    if (registry::ReadRecord(place.root, place.path.c_str(), place.name.c_str(), before) && before == stored)
+        return true;
     return registry::Write(place.root, place.path.c_str(), place.name.c_str(), REG_BINARY, &stored, sizeof stored);
 }
 

@@ -214,7 +214,7 @@ HWND OCDialog::GetDlgItem(short ctrlId) const {
 
 void OCDialog::EnableCtrl(int ctrlId, bool enable) {
     const HWND control = impl_->Control(ctrlId);
-    if (!control) return;
+    if (!control || (IsWindowEnabled(control) != FALSE) == enable) return;
     if (!enable) impl_->LeaveControl(control);
     EnableWindow(control, enable);
 }

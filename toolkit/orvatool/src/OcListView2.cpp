@@ -115,12 +115,19 @@ int OcListView2::addColumn(const ustr& text, int width, int format) {
     return static_cast<int>(index);
 }
 
+// The control lays itself out anew for every text that it is given.
 void OcListView2::setColumnText(int column, const ustr& text) {
-    ustr shown = text;
+    if (!list_) return;
+    wchar_t present[256] = L"";
     LVCOLUMNW info{};
     info.mask = LVCF_TEXT;
+    info.pszText = present;
+    info.cchTextMax = static_cast<int>(std::size(present));
+    SendMessageW(list_, LVM_GETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&info));
+    if (text == info.pszText) return;
+    ustr shown = text;
     info.pszText = shown.data();
-    if (list_) SendMessageW(list_, LVM_SETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&info));
+    SendMessageW(list_, LVM_SETCOLUMNW, static_cast<WPARAM>(column), reinterpret_cast<LPARAM>(&info));
 }
 
 void OcListView2::stretchColumn(int column) {
@@ -436,7 +443,9 @@ void OcListView2::Resize() {
         room -= static_cast<int>(SendMessageW(list_, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(column), 0));
     }
     const int width = std::max(room, Scale(columns_[static_cast<std::size_t>(stretched_)].width));
-    SendMessageW(list_, LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(stretched_), width);
+    const auto column = static_cast<WPARAM>(stretched_);
+    if (SendMessageW(list_, LVM_GETCOLUMNWIDTH, column, 0) == width) return;
+    SendMessageW(list_, LVM_SETCOLUMNWIDTH, column, width);
 }
 
 void OcListView2::ChangeDpi() {
@@ -492,8 +501,9 @@ const OcListView2::Cell* OcListView2::CellAt(int row, int column) const {
 // The control learns of the new number when it next gets a message (there is one to paint at the latest), so that a
 // thousand rows added one by one cost it one change.
 void OcListView2::RowsChanged() {
-    countPending_ = list_ != nullptr;
-    if (list_) InvalidateRect(list_, nullptr, FALSE);
+    if (!list_ || countPending_) return;
+    countPending_ = true;
+    InvalidateRect(list_, nullptr, FALSE);
 }
 
 void OcListView2::PassCount() {

@@ -30,7 +30,7 @@ public:
     void Clear() { anchored_.clear(); }
     bool IsEmpty() const { return anchored_.empty(); }
 
-    /// Moves every anchored control to its place for the present client size.
+    /// Moves every anchored control to its place for the present client size, when that is another than before.
     void Layout();
 
     /// Moves every control of the dialog, anchored or not, to its place at `dpi`. Going back to an earlier resolution
@@ -53,6 +53,7 @@ private:
         RECT placed;  ///< where it was put last; elsewhere it has been moved by its owner since
     };
 
+    void Arrange(SIZE client);
     SIZE Growth(SIZE client) const;
     RECT Place(const Anchored& item, SIZE growth) const;
     bool IsAnchored(HWND control) const;

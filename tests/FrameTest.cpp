@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "DialogTables.h"
+#include "EditCopy.h"
+#include "FrameTest_ids.h"
+#include "host/driver/UiDriver.h"
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*);
+
+// The pattern and the tables that every dialog of the library is made of, on a dialog of the test's own.
+
+namespace {
+
+struct Note {
+    ustr_pre<8> name = L"Name";
+    ustr text = L"Text";
+    bool throwsOnCopy = false;
+
+    Note() = default;
+    Note(const Note& other) : name(other.name), text(other.text), throwsOnCopy(other.throwsOnCopy) {
+        if (throwsOnCopy) throw std::runtime_error("copy");
+    }
+    Note& operator=(const Note&) = default;
+};
+
+constexpr int kNoSuchControl = 999;
+
+constexpr TextRow kTexts[] = {
+    {kCaption,        kLibraryTexts, 1, L"Note"  },
+    {IDC_FRAME_CLEAR, kLibraryTexts, 2, L"Clear" },
+    {IDOK,            kSharedTexts,  3, L"OK"    },
+    {IDCANCEL,        kSharedTexts,  4, L"Cancel"},
+};
+
+constexpr FieldRow<Note> kFields[] = {
+    {IDC_FRAME_NOTE, kField<&Note::text>, kAny                                  },
+    {IDC_FRAME_NAME, kField<&Note::name>, Rule{.maxChars = 10, .required = true}},
+};
+
+/// Which table of the dialog names a control that the template lacks.
+enum class Lack { None, Text, Anchor, Field, Command };
+
+class NoteDlg : public OCDialog {
+public:
+    static constexpr wchar_t kTemplate[] = L"FRAMEDLG";
+
+    NoteDlg(HINSTANCE instance, HWND parent, Note& note, Lack lack)
+        : OCDialog(instance, parent), note_(note), lack_(lack) {}
+
+    bool OnInitDialog() override {
+        OCDialog::OnInitDialog();
+        constexpr FieldRow<Note> lacking[] = {
+            {kNoSuchControl, kField<&Note::name>, kAny}
+        };
+        if (lack_ == Lack::Field) Show(*this, lacking, note_);
+        Show(*this, kFields, note_);
+        constexpr CommandRow<NoteDlg> lackingCommand[] = {
+            {kNoSuchControl, &NoteDlg::Clear, &NoteDlg::CanClear}
+        };
+        if (lack_ == Lack::Command) EnableCommands(*this, lackingCommand);
+        EnableCommands(*this, kCommands);
+        return true;
+    }
+    void SetLanguage() override {
+        OCDialog::SetLanguage();
+        constexpr TextRow lacking[] = {
+            {kNoSuchControl, kLibraryTexts, 1, L"Text"}
+        };
+        if (lack_ == Lack::Text) ApplyTexts(*this, lacking, Lng::Hpv);
+        ApplyTexts(*this, kTexts, Lng::Electrical);
+    }
+    void SetAnchoring() override {
+        OCDialog::SetAnchoring();
+        constexpr AnchorRow lacking[] = {
+            {kNoSuchControl, 0, 0, 1, 1}
+        };
+        if (lack_ == Lack::Anchor) ApplyAnchors(*this, lacking);
+    }
+    bool OnCommand(unsigned __int64 wParam, __int64 lParam) override {
+        return RunCommand(*this, kCommands, wParam) || OCDialog::OnCommand(wParam, lParam);
+    }
+    void OnOk() override {
+        if (TakeData()) OCDialog::OnOk();
+    }
+    int GetDataFromCtrls() override { return Take(*this, kFields, note_); }
+
+    void Clear() {
+        note_.text.clear();
+        Show(*this, kFields, note_);
+        EnableCommands(*this, kCommands);
+    }
+    bool CanClear() const { return !note_.text.empty(); }
+
+private:
+    static constexpr CommandRow<NoteDlg> kCommands[] = {
+        {IDC_FRAME_CLEAR, &NoteDlg::Clear, &NoteDlg::CanClear}
+    };
+
+    Note& note_;
+    Lack lack_;
+};
+
+class FrameTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        Lng::SetLanguage(L"en");
+        // This program stands in for the module.
+        EXPECT_TRUE(DllMain(GetModuleHandleW(nullptr), DLL_PROCESS_ATTACH, nullptr));
+    }
+
+    bool Edit(const std::function<void(HWND)>& act) {
+        uidriver::Script script;
+        script.WithNewDialog(act);
+        script.Start();
+        const bool result = EditCopy<NoteDlg>(note_, nullptr, Lack::None);
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+        return result;
+    }
+
+    Note note_;
+};
+
+TEST_F(FrameTest, TheModuleKnowsItselfAndTheProduct) {
+    EXPECT_EQ(ModuleInstance(), GetModuleHandleW(nullptr));
+    EXPECT_STREQ(ProductName(), L"OrvaCAD");
+    const int releases = gwreleasecount();
+    for (const DWORD reason : {DLL_THREAD_ATTACH, DLL_THREAD_DETACH})
+        EXPECT_TRUE(DllMain(nullptr, reason, nullptr));
+    EXPECT_EQ(ModuleInstance(), GetModuleHandleW(nullptr));
+    EXPECT_EQ(gwreleasecount(), releases);
+}
+
+TEST_F(FrameTest, OkWritesTheCopyBackAndCancelDoesNot) {
+    EXPECT_FALSE(Edit([](HWND dlg) {
+        uidriver::Click(dlg, IDC_FRAME_CLEAR);
+        uidriver::SetText(dlg, IDC_FRAME_NAME, L"Other");
+        uidriver::Click(dlg, IDCANCEL);
+    }));
+    EXPECT_EQ(note_.name, L"Name");
+    EXPECT_EQ(note_.text, L"Text");
+
+    EXPECT_TRUE(Edit([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Note - OrvaCAD Electrical");
+        SendMessageW(dlg, WM_COMMAND, IDC_FRAME_CLEAR, 0);
+        uidriver::SetText(dlg, IDC_FRAME_NAME, L"Other");
+        uidriver::Click(dlg, IDOK);
+    }));
+    EXPECT_EQ(note_.name, L"Other");
+    EXPECT_EQ(note_.text, L"");
+}
+
+TEST_F(FrameTest, TextsAreLimitedToTheirRule) {
+    EXPECT_TRUE(Edit([](HWND dlg) {
+        SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_NAME), L"123456789\xD83D\xDE00");
+        uidriver::Click(dlg, IDOK);
+    }));
+    EXPECT_EQ(note_.name, L"123456789") << "half a surrogate pair must not stay";
+}
+
+TEST_F(FrameTest, ACommandThatCannotRunDoesNot) {
+    note_.text = L"";
+    EXPECT_TRUE(Edit([](HWND dlg) {
+        EXPECT_FALSE(IsWindowEnabled(uidriver::Control(dlg, IDC_FRAME_CLEAR)));
+        SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_NOTE), L"typed");
+        SendMessageW(dlg, WM_COMMAND, IDC_FRAME_CLEAR, 0);
+        uidriver::Click(dlg, IDOK);
+    }));
+    EXPECT_EQ(note_.text, L"typed");
+}
+
+TEST_F(FrameTest, ATemplateThatLacksANamedControlDoesNotOpen) {
+    for (const Lack lack : {Lack::Text, Lack::Anchor, Lack::Field, Lack::Command}) {
+        EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, lack));
+        EXPECT_EQ(note_.text, L"Text");
+    }
+}
+
+TEST_F(FrameTest, NothingIsThrownToTheCaller) {
+    note_.throwsOnCopy = true;
+    EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, Lack::None));
+    EXPECT_EQ(note_.text, L"Text");
+}
+
+TEST(DialogTables, TablesAreCheckedForControlsNamedTwice) {
+    constexpr AnchorRow twice[] = {
+        {1, 0, 0, 0, 0},
+        {2, 0, 0, 0, 0},
+        {1, 0, 0, 0, 0}
+    };
+    static_assert(!Distinct(twice));
+    static_assert(Distinct(kTexts));
+}
+
+}  // namespace

@@ -9,7 +9,7 @@ export LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive
 
 packages=(
     g++-mingw-w64-x86-64-posix cmake ninja-build make gcc libc6-dev dpkg-dev tcl
-    wine wine64 xvfb fonts-wine fonts-liberation fonts-dejavu-core locales
+    wine wine64 xvfb fonts-wine fonts-liberation fonts-dejavu-core
     clang-tidy clang-format cppcheck python3
 )
 sources=(tinyxml sqlite3 googletest benchmark)

@@ -91,15 +91,6 @@ bool IsProperty(const TREE_INSERTITEM& row) {
     return row.value >= 1 && row.value <= std::numeric_limits<long>::max();
 }
 
-// The notification of a double click does not say what was hit; it may have been the empty space below the items.
-bool MouseIsOnItem(HWND tree) {
-    TVHITTESTINFO hit{};
-    GetCursorPos(&hit.pt);
-    ScreenToClient(tree, &hit.pt);
-    TreeView_HitTest(tree, &hit);
-    return (hit.flags & TVHT_ONITEM) != 0;
-}
-
 bool HasFocus(const OCDialog& dlg, int ctrlId) {
     return GetFocus() == GetDlgItem(dlg.hWnd(), ctrlId);
 }
@@ -148,7 +139,7 @@ bool CustomPropertyDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
     }
     if (filling_) return OCDialog::OnNotify(wParam, lParam);
     if (header->idFrom == IDC_CUSTOMPROPERTY_TREE) {
-        if (header->code == NM_DBLCLK && MouseIsOnItem(header->hwndFrom)) Add();
+        if (header->code == NM_DBLCLK && gwTVpressedItem(header->hwndFrom)) Add();
         if (header->code == TVN_SELCHANGEDW) EnableCommands(*this, kCommands);
     } else if (header->idFrom == IDC_CUSTOMPROPERTY_LIST) {
         if (header->code == NM_DBLCLK && CanEdit()) Edit();

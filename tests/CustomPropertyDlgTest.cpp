@@ -165,7 +165,15 @@ TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindThe
         const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), L"Length");
         uidriver::ClickTreeItem(Tree(dlg), item, false, true);
     });
-    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"Height", L"Length"})); });
+    Step([](HWND dlg) {
+        EXPECT_EQ(Rows(dlg), (Texts{L"Height", L"Length"}));
+        RECT client{};
+        GetClientRect(Tree(dlg), &client);
+        const LPARAM below = MAKELPARAM(client.right / 2, client.bottom - 5);
+        PostMessageW(Tree(dlg), WM_LBUTTONDBLCLK, MK_LBUTTON, below);
+        PostMessageW(Tree(dlg), WM_LBUTTONUP, 0, below);
+    });
+    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 2u) << "the space below the items adds nothing"; });
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 0); });
     Step([](HWND dlg) { SelectInTree(dlg, L"Débit d'air"); });
     Key(VK_RETURN);

@@ -129,7 +129,7 @@ TEST_F(FrameTest, TheModuleKnowsItselfAndTheProduct) {
     EXPECT_EQ(ModuleInstance(), GetModuleHandleW(nullptr));
     EXPECT_STREQ(ProductName(), L"OrvaCAD");
     const int releases = gwreleasecount();
-    for (const DWORD reason : {DLL_THREAD_ATTACH, DLL_THREAD_DETACH})
+    for (const DWORD reason : {DWORD{DLL_THREAD_ATTACH}, DWORD{DLL_THREAD_DETACH}})
         EXPECT_TRUE(DllMain(nullptr, reason, nullptr));
     EXPECT_EQ(ModuleInstance(), GetModuleHandleW(nullptr));
     EXPECT_EQ(gwreleasecount(), releases);

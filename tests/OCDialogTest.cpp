@@ -493,7 +493,7 @@ protected:
         if (std::string(GetParam()) == "OnClose" || std::string(GetParam()) == "OnCancel") {
             SendMessageW(dlg, WM_CLOSE, 0, 0);
         }
-        for (const WPARAM key : {VK_F2, VK_RETURN}) {
+        for (const WPARAM key : {WPARAM{VK_F2}, WPARAM{VK_RETURN}}) {
             MSG message{dlg.GetDlgItem(IDC_BASIC_FIRST), WM_KEYDOWN, key, 1, 0, {}};
             if (message.hwnd) IsDialogMessageW(dlg, &message);
         }

@@ -216,7 +216,7 @@ public:
         const auto* const header = reinterpret_cast<const NMHDR*>(lParam);
         if (header->hwndFrom != Choice()) return AskChoiceDlg::OnNotify(wParam, lParam);
         if (header->code == TVN_SELCHANGEDW) ChoiceChanged();
-        if (header->code == NM_DBLCLK && IsLeaf()) OnOk();
+        if (header->code == NM_DBLCLK && gwTVpressedItem(Choice()) && IsLeaf()) OnOk();
         return AskChoiceDlg::OnNotify(wParam, lParam);
     }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cwchar>
-#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -15,15 +14,18 @@
 
 namespace {
 
-constexpr UINT_PTR kCheckSubclass = 1;
-constexpr wchar_t kChecksProperty[] = L"OrvaTool.TreeChecks";
 constexpr int kStateShift = 12;  // state image numbers are kept in bits 12 to 15 of an item's state
 
-// What a tree with check boxes keeps, from gwTVaddChecks to the end of its window.
-struct TreeChecks {
-    win32::ImageList images;
-    POINT press{};  // where the button went down last, in client coordinates
+// What is kept for a tree that is watched, up to the end of its window.
+struct WatchedTree {
+    WNDPROC procedure = nullptr;  // the tree's own
+    win32::ImageList checkImages;
+    LPARAM press = 0;  // where the left button went down last: client coordinates, packed as in a message
 };
+
+// The common controls' own way to subclass looks a window property up for every message, which a tree that is filled
+// with thousands of rows feels; hence this table.
+std::unordered_map<HWND, WatchedTree> watchedTrees;
 
 HTREEITEM Next(HWND tree, WPARAM relation, HTREEITEM item) {
     return reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(item)));
@@ -160,50 +162,55 @@ void MakeBoxesOpaque(DWORD* pixels, SIZE cell, SIZE box) {
     }
 }
 
-void UseImages(HWND tree, TreeChecks& checks) {
+void UseCheckImages(HWND tree, WatchedTree& watched) {
     win32::ImageList images = CreateCheckImages(tree);
     SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(images.get()));
-    checks.images = std::move(images);
+    watched.checkImages = std::move(images);
 }
 
-LRESULT CALLBACK CheckProc(HWND tree, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR data) {
-    auto* const checks = reinterpret_cast<TreeChecks*>(data);
-    switch (message) {
-        case WM_LBUTTONDOWN:
-        case WM_LBUTTONDBLCLK:
-            checks->press = {static_cast<short>(LOWORD(lParam)), static_cast<short>(HIWORD(lParam))};
-            break;
-        case WM_DPICHANGED_AFTERPARENT:
-        case WM_THEMECHANGED: {
-            const LRESULT result = DefSubclassProc(tree, message, wParam, lParam);
-            UseImages(tree, *checks);
-            return result;
-        }
-        case WM_NCDESTROY: {
-            RemoveWindowSubclass(tree, CheckProc, id);
-            RemovePropW(tree, kChecksProperty);
-            const LRESULT result = DefSubclassProc(tree, message, wParam, lParam);
-            delete checks;
-            return result;
-        }
-        default:
-            break;
+bool HasCheckImages(HWND tree) {
+    const auto found = watchedTrees.find(tree);
+    return found != watchedTrees.end() && found->second.checkImages;
+}
+
+LRESULT CALLBACK WatchProc(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto found = watchedTrees.find(tree);
+    if (found == watchedTrees.end()) return DefWindowProcW(tree, message, wParam, lParam);
+    const WNDPROC procedure = found->second.procedure;
+    if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) found->second.press = lParam;
+    const LRESULT result = CallWindowProcW(procedure, tree, message, wParam, lParam);
+    if (message == WM_NCDESTROY) watchedTrees.erase(tree);
+    if ((message == WM_DPICHANGED_AFTERPARENT || message == WM_THEMECHANGED) && HasCheckImages(tree))
+        UseCheckImages(tree, watchedTrees.at(tree));
+    return result;
+}
+
+WatchedTree& Watch(HWND tree) {
+    WatchedTree& watched = watchedTrees[tree];
+    if (!watched.procedure) {
+        watched.procedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(tree, GWLP_WNDPROC));
+        SetWindowLongPtrW(tree, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WatchProc));
     }
-    return DefSubclassProc(tree, message, wParam, lParam);
+    return watched;
 }
 
-TreeChecks* ChecksOf(HWND tree) {
-    return static_cast<TreeChecks*>(GetPropW(tree, kChecksProperty));
+// What lies where the button went down last.
+TVHITTESTINFO Pressed(HWND tree) {
+    TVHITTESTINFO hit{};
+    const auto found = watchedTrees.find(tree);
+    if (found == watchedTrees.end()) return hit;
+    const LPARAM press = found->second.press;
+    hit.pt = {static_cast<short>(LOWORD(press)), static_cast<short>(HIWORD(press))};
+    SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+    return hit;
 }
 
 // The item whose check box was clicked, or that the space bar is for.
-HTREEITEM CheckedItem(const NMHDR* header, const TreeChecks& checks) {
+HTREEITEM CheckedItem(const NMHDR* header) {
     switch (header->code) {
         case NM_CLICK:
         case NM_DBLCLK: {
-            TVHITTESTINFO hit{};
-            hit.pt = checks.press;
-            SendMessageW(header->hwndFrom, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+            const TVHITTESTINFO hit = Pressed(header->hwndFrom);
             return hit.flags & TVHT_ONITEMSTATEICON ? hit.hItem : nullptr;
         }
         case TVN_KEYDOWN:
@@ -240,16 +247,8 @@ win32::ImageList CreateCheckImages(HWND window) {
 }
 
 void gwTVaddChecks(HWND tree) {
-    if (!IsWindow(tree) || ChecksOf(tree)) return;
-    auto checks = std::make_unique<TreeChecks>();
-    UseImages(tree, *checks);
-    if (!SetPropW(tree, kChecksProperty, checks.get()) ||
-        !SetWindowSubclass(tree, CheckProc, kCheckSubclass, reinterpret_cast<DWORD_PTR>(checks.get()))) {
-        RemovePropW(tree, kChecksProperty);
-        SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, 0);
-        return;
-    }
-    static_cast<void>(checks.release());  // the window's, up to its WM_NCDESTROY
+    if (!IsWindow(tree) || HasCheckImages(tree)) return;
+    UseCheckImages(tree, Watch(tree));
     const gwRedrawOff quiet(tree);
     const HTREEITEM first = Next(tree, TVGN_ROOT, nullptr);
     for (HTREEITEM item = first; item; item = gwTVnext(tree, item))
@@ -286,13 +285,22 @@ void gwTVUpdate3StateCheckForItems(HWND tree, const std::vector<HTREEITEM>& item
 }
 
 HTREEITEM gwTVCheckFromNotify(const NMHDR* header) {
-    const TreeChecks* const checks = header ? ChecksOf(header->hwndFrom) : nullptr;
-    const HTREEITEM item = checks ? CheckedItem(header, *checks) : nullptr;
+    const bool checks = header && HasCheckImages(header->hwndFrom);
+    const HTREEITEM item = checks ? CheckedItem(header) : nullptr;
     if (!item) return nullptr;
     const bool checked = gwTVgetCheck(header->hwndFrom, item) == kTreeChecked;
     gwTVsetCheck(header->hwndFrom, item, checked ? kTreeUnchecked : kTreeChecked);
     gwTVUpdate3StateCheckForItems(header->hwndFrom, {item});
     return item;
+}
+
+void gwTVtrackPresses(HWND tree) {
+    if (IsWindow(tree)) Watch(tree);
+}
+
+HTREEITEM gwTVpressedItem(HWND tree) {
+    const TVHITTESTINFO hit = Pressed(tree);
+    return hit.flags & TVHT_ONITEM ? hit.hItem : nullptr;
 }
 
 std::int64_t gwTVgetData(HWND tree, HTREEITEM item) {

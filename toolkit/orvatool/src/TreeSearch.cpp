@@ -86,6 +86,7 @@ void TreeSearch::Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit, const
     selected_ = firstMatch_ = kNoRow;
     filtered_ = false;
     if (edit) AttachSearchEdit(edit, tree, cue);
+    gwTVtrackPresses(tree);
     Rebuild(std::vector<bool>(list_->size(), true), expanded_);
 }
 

@@ -62,6 +62,12 @@ ORVATOOL_API void gwTVUpdate3StateCheckForItems(HWND tree, const std::vector<HTR
 /// double click from opening the branch and the space out of the type-ahead.
 ORVATOOL_API HTREEITEM gwTVCheckFromNotify(const NMHDR* header);
 
+/// Makes `tree` remember where the left button goes down, for gwTVpressedItem. gwTVaddChecks and TreeSearch do it.
+ORVATOOL_API void gwTVtrackPresses(HWND tree);
+/// For NM_CLICK and NM_DBLCLK, which do not say: the item whose check box, image or text was pressed, null for the space
+/// around the items.
+ORVATOOL_API HTREEITEM gwTVpressedItem(HWND tree);
+
 /// The data (lParam) of the item; 0 for null.
 ORVATOOL_API std::int64_t gwTVgetData(HWND tree, HTREEITEM item);
 ORVATOOL_API ustr gwTVgetText(HWND tree, HTREEITEM item);

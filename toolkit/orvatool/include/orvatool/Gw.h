@@ -64,8 +64,8 @@ ORVATOOL_API HTREEITEM gwTVCheckFromNotify(const NMHDR* header);
 
 /// Makes `tree` remember where the left button goes down, for gwTVpressedItem. gwTVaddChecks and TreeSearch do it.
 ORVATOOL_API void gwTVtrackPresses(HWND tree);
-/// For NM_CLICK and NM_DBLCLK, which do not say: the item whose check box, image or text was pressed, null for the space
-/// around the items.
+/// For NM_CLICK and NM_DBLCLK, which do not say: the item whose check box, image or text was pressed, null for the
+/// space around the items.
 ORVATOOL_API HTREEITEM gwTVpressedItem(HWND tree);
 
 /// The data (lParam) of the item; 0 for null.

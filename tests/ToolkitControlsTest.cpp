@@ -38,10 +38,6 @@ void Pump() {
     }
 }
 
-// A step of a debug build on a busy machine stays below; a step that looks everything up again and again does not. What
-// users feel is the benchmark's to measure, on a release build.
-constexpr double kSlow = 500;  // milliseconds
-
 // Keeps the longest of the times that it takes, in milliseconds.
 class Stopwatch {
 public:
@@ -891,7 +887,7 @@ TEST_F(Filtered, AHundredThousandEntriesFollowTheTyping) {
         EXPECT_EQ(filter.ShownCount(), 11u);
         SetWindowTextW(edit, L"");
     });
-    EXPECT_LT(slowest, kSlow);
+    EXPECT_LT(slowest, 200);  // a build without checks takes a quarter
 }
 
 TEST_F(TreeSearching, TwentyThousandRowsFollowTheTyping) {

@@ -2,7 +2,9 @@
 
 #include <orvaspace/ustr.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 
 namespace orvaspace {
@@ -76,11 +78,34 @@ bool WouldJoin(const ustr& text, char32_t value) {
     return IsLowSurrogate(value) && !text.empty() && IsHighSurrogate(text[text.size() - 1]);
 }
 
+// How many of the first bytes are characters of their own: in most texts nearly all.
+std::size_t PlainLength(std::string_view utf8) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    std::size_t length = 0;
+    for (std::uint64_t word = 0; length + sizeof word <= utf8.size(); length += sizeof word) {
+        std::memcpy(&word, utf8.data() + length, sizeof word);
+        if (word & kHighBits) break;
+    }
+    while (length < utf8.size() && ByteAt(utf8, length) < 0x80)
+        ++length;
+    return length;
+}
+
+void AppendPlain(ustr& out, std::string_view plain) {
+    const std::size_t size = out.size();
+    out.resize(size + plain.size());
+    std::copy(plain.begin(), plain.end(), out.data() + size);
+}
+
 // True when nothing was replaced.
 bool Decode(std::string_view utf8, ustr& out) {
     out.reserve(utf8.size());
     bool wellFormed = true;
-    while (!utf8.empty()) {
+    for (;;) {
+        const std::size_t plain = PlainLength(utf8);
+        AppendPlain(out, utf8.substr(0, plain));
+        utf8.remove_prefix(plain);
+        if (utf8.empty()) break;
         Utf8Step step = ReadUtf8(utf8);
         if (WouldJoin(out, step.value)) step = {kReplacement, 1, false};
         AppendUtf16(out, step.value);

@@ -54,8 +54,16 @@ const OpenDialog* OutermostDialog(HWND window) {
     return outermost;
 }
 
+// The keys of an open menu are the menu's.
+bool InMenu() {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    constexpr DWORD kMenus = GUI_INMENUMODE | GUI_POPUPMENUMODE | GUI_SYSTEMMENUMODE;
+    return GetGUIThreadInfo(GetCurrentThreadId(), &info) && (info.flags & kMenus) != 0;
+}
+
 void RouteKey(MSG& message) {
-    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return;
+    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST || InMenu()) return;
     const OpenDialog* open = OutermostDialog(message.hwnd);
     if (!open || !open->modeless || !IsDialogMessageW(open->dlg, &message)) return;
     // Dealt with: the host's loop gets a message that means nothing.

@@ -226,6 +226,13 @@ gwRedrawOff::~gwRedrawOff() {
         RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
+gwWaitCursor::gwWaitCursor() : previous_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {
+}
+
+gwWaitCursor::~gwWaitCursor() {
+    SetCursor(previous_);
+}
+
 bool gwcopytext(HWND owner, const ustr& text) {
     const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
     win32::GlobalMemory memory(GlobalAlloc(GMEM_MOVEABLE, bytes));

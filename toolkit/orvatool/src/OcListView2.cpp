@@ -5,12 +5,13 @@
 #include <orvatool/String.h>
 
 #include <algorithm>
+#include <iterator>
 #include <numeric>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "Cells.h"
 #include "CheckImages.h"
 #include "Numbers.h"
 #include "VirtualList.h"
@@ -26,24 +27,26 @@ constexpr UINT_PTR kListSubclass = 1;
 constexpr LONG_PTR kStyles = LVS_REPORT | LVS_OWNERDRAWFIXED | LVS_OWNERDATA;
 constexpr int kCellPadding = 6;   // left and right of a text; pixels at 96 DPI, as everything here
 constexpr int kImagePadding = 2;  // left of a check box or an image
-constexpr int kRowPadding = 4;    // above and below a text, together
-
-// What a cell counts as when rows are sorted: empty cells first, then numbers by value, then names.
-struct SortKey {
-    enum Kind { kEmpty, kNumber, kName } kind = kEmpty;
-    double number = 0;
-};
-
-SortKey KeyOf(const ustr& text, std::wstring_view decimalSeparator) {
-    if (text.empty()) return {};
-    const std::optional<double> number = NumberOf(text, decimalSeparator);
-    return number ? SortKey{SortKey::kNumber, *number} : SortKey{SortKey::kName, 0};
-}
+constexpr int kFewRows = 200;
+constexpr int kRowPadding = 4;  // above and below a text, together
 
 struct RowColors {
     int text;
     int back;
 };
+
+std::vector<int> AllRows(int count) {
+    std::vector<int> rows(static_cast<std::size_t>(count));
+    std::iota(rows.begin(), rows.end(), 0);
+    return rows;
+}
+
+// What `rows` has and `others` has not; both ascending.
+std::vector<int> Without(const std::vector<int>& rows, const std::vector<int>& others) {
+    std::vector<int> result;
+    std::set_difference(rows.begin(), rows.end(), others.begin(), others.end(), std::back_inserter(result));
+    return result;
+}
 
 // High contrast and themes follow, since the system's own colours are used.
 RowColors ColorsOf(HWND list, bool selected) {
@@ -64,12 +67,6 @@ UINT TextFormat(int columnFormat) {
         default:
             return kLine | DT_LEFT;
     }
-}
-
-// A cell's text without what separates cells and rows.
-void AppendCell(ustr& text, std::wstring_view cell) {
-    for (const wchar_t c : cell)
-        text.append(c == L'\t' || c == L'\r' || c == L'\n' ? L' ' : c);
 }
 
 }  // namespace
@@ -168,14 +165,14 @@ void OcListView2::deleteItems(const std::vector<int>& rows) {
     std::size_t index = 0;
     std::erase_if(rows_, [&](const Row&) { return gone[index++]; });
     RowsChanged();
-    SelectRows(selectedRows, focused < 0 ? -1 : place[static_cast<std::size_t>(focused)]);
+    selectRows(selectedRows, focused < 0 ? -1 : place[static_cast<std::size_t>(focused)]);
 }
 
 int OcListView2::addItem(const ustr& text, int image, int position) {
     if (isVirtual()) return -1;
     const int row = position < 0 || position > count() ? count() : position;
     const bool shifts = row < count();
-    const bool selects = shifts && list_ && SendMessageW(list_, LVM_GETSELECTEDCOUNT, 0, 0) > 0;
+    const bool selects = shifts && SelectedCount() > 0;
     std::vector<int> selectedRows = selects ? selection() : std::vector<int>();
     int focused = selects ? FocusedRow() : -1;
     Row added;
@@ -186,7 +183,7 @@ int OcListView2::addItem(const ustr& text, int image, int position) {
         for (int& other : selectedRows)
             other += other >= row;
         focused += focused >= row;
-        SelectRows(selectedRows, focused);
+        selectRows(selectedRows, focused);
     }
     return row;
 }
@@ -229,13 +226,54 @@ void OcListView2::select(int row, bool only) {
     SendMessageW(list_, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row), FALSE);
 }
 
+// The control is told what changes. To change all rows it may go through all of them.
+void OcListView2::selectRows(const std::vector<int>& rows, int focused) {
+    if (!list_) return;
+    selecting_ = true;
+    const gwRedrawOff quiet(list_);
+    const auto set = [this](int row, UINT state, UINT mask) {
+        LVITEMW item{};
+        item.state = state;
+        item.stateMask = mask;
+        SendMessageW(list_, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    };
+    std::vector<int> after = rows;
+    std::sort(after.begin(), after.end());
+    const bool anew = SelectedCount() > kFewRows && static_cast<int>(after.size()) < count();
+    if (anew) set(-1, 0, LVIS_SELECTED);
+    std::vector<int> before = anew ? std::vector<int>() : selection();
+    for (const int row : Without(before, after))
+        set(row, 0, LVIS_SELECTED);
+    if (after != before && static_cast<int>(after.size()) == count()) {
+        set(-1, LVIS_SELECTED, LVIS_SELECTED);
+        before = after;
+    }
+    for (const int row : Without(after, before))
+        set(row, LVIS_SELECTED, LVIS_SELECTED);
+    const int focusedBefore = FocusedRow();
+    if (focused >= 0) {
+        set(focused, LVIS_FOCUSED, LVIS_FOCUSED);
+    } else if (focusedBefore >= 0) {
+        set(focusedBefore, 0, LVIS_FOCUSED);
+    }
+    selecting_ = false;
+}
+
+int OcListView2::SelectedCount() const {
+    return list_ ? static_cast<int>(SendMessageW(list_, LVM_GETSELECTEDCOUNT, 0, 0)) : 0;
+}
+
 int OcListView2::selected() const {
     return list_ ? NextSelected(list_, -1) : -1;
 }
 
 std::vector<int> OcListView2::selection() const {
+    // Counted, as the control looks through all rows to find that there is no other.
+    const int selectedCount = SelectedCount();
+    if (selectedCount == count()) return AllRows(count());
     std::vector<int> rows;
-    for (int row = selected(); row >= 0; row = NextSelected(list_, row))
+    rows.reserve(static_cast<std::size_t>(selectedCount));
+    for (int row = -1; static_cast<int>(rows.size()) < selectedCount && (row = NextSelected(list_, row)) >= 0;)
         rows.push_back(row);
     return rows;
 }
@@ -295,16 +333,13 @@ void OcListView2::sort(int column, bool descending) {
         row = place[static_cast<std::size_t>(row)];
     const int focused = FocusedRow();
     rows_ = std::move(sorted);
-    SelectRows(selectedRows, focused < 0 ? -1 : place[static_cast<std::size_t>(focused)]);
+    selectRows(selectedRows, focused < 0 ? -1 : place[static_cast<std::size_t>(focused)]);
     if (list_) InvalidateRect(list_, nullptr, FALSE);
 }
 
 ustr OcListView2::copyText() const {
     std::vector<int> rows = selection();
-    if (rows.empty()) {
-        rows.resize(static_cast<std::size_t>(count()));
-        std::iota(rows.begin(), rows.end(), 0);
-    }
+    if (rows.empty()) rows = AllRows(count());
     ustr text;
     for (const int row : rows) {
         if (!text.empty()) text.append(L"\r\n");
@@ -513,49 +548,18 @@ void OcListView2::PassCount() {
     if (before != count()) Resize();  // a scroll bar may have come or gone
 }
 
-void OcListView2::SelectRows(const std::vector<int>& rows, int focused) {
-    if (!list_) return;
-    selecting_ = true;
-    const gwRedrawOff quiet(list_);
-    LVITEMW item{};
-    item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-    const auto set = [&](int row, UINT state) {
-        item.state = state;
-        SendMessageW(list_, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    };
-    set(-1, 0);
-    item.stateMask = LVIS_SELECTED;
-    if (static_cast<int>(rows.size()) == count()) {
-        set(-1, LVIS_SELECTED);
-    } else {
-        for (const int row : rows)
-            set(row, LVIS_SELECTED);
-    }
-    item.stateMask = LVIS_FOCUSED;
-    if (focused >= 0) set(focused, LVIS_FOCUSED);
-    selecting_ = false;
-}
-
 std::vector<int> OcListView2::SortedOrder(int column, bool descending) const {
     const std::wstring separator = DecimalSeparator();
-    const ustr none;
-    std::vector<SortKey> keys(rows_.size());
-    std::vector<const ustr*> texts(rows_.size(), &none);
+    std::vector<std::string> keys(rows_.size());
     for (std::size_t row = 0; row < rows_.size(); ++row) {
-        const Cell* const cell = CellAt(static_cast<int>(row), column);
-        if (!cell) continue;
-        texts[row] = &cell->text;
-        keys[row] = KeyOf(cell->text, separator);
+        if (const Cell* const cell = CellAt(static_cast<int>(row), column))
+            keys[row] = CellSortKey(cell->text, separator);
     }
     const auto before = [&](int left, int right) {
-        const auto a = static_cast<std::size_t>(descending ? right : left);
-        const auto b = static_cast<std::size_t>(descending ? left : right);
-        if (keys[a].kind != keys[b].kind) return keys[a].kind < keys[b].kind;
-        if (keys[a].kind == SortKey::kNumber) return keys[a].number < keys[b].number;
-        return String::CompareForUser(*texts[a], *texts[b]) < 0;
+        return keys[static_cast<std::size_t>(descending ? right : left)] <
+               keys[static_cast<std::size_t>(descending ? left : right)];
     };
-    std::vector<int> order(rows_.size());
-    std::iota(order.begin(), order.end(), 0);
+    std::vector<int> order = AllRows(count());
     std::stable_sort(order.begin(), order.end(), before);
     return order;
 }

@@ -139,6 +139,43 @@ int CompareRuns(std::wstring_view a, std::wstring_view b) {
     return IsDigit(a[0]) ? (CompareTexts(L"0", b) > 0 ? 1 : -1) : (CompareTexts(a, L"0") < 0 ? -1 : 1);
 }
 
+// Ends with a 0, which occurs nowhere else in it.
+void AppendTextKey(std::string& key, std::wstring_view run) {
+    constexpr DWORD kFlags = LCMAP_SORTKEY | LINGUISTIC_IGNORECASE;
+    const int size = static_cast<int>(run.size());
+    const std::size_t start = key.size();
+    const auto make = [&](std::size_t room) {
+        key.resize(start + room);
+        auto* const bytes = room ? reinterpret_cast<wchar_t*>(key.data() + start) : nullptr;
+        return LCMapStringEx(LOCALE_NAME_USER_DEFAULT, kFlags, run.data(), size, bytes, static_cast<int>(room), nullptr,
+                             nullptr, 0);
+    };
+    int written = make(run.size() * 12 + 16);  // enough for all but odd texts
+    if (written <= 0) written = make(static_cast<std::size_t>(std::max(make(0), 0)));
+    key.resize(start + static_cast<std::size_t>(std::max(written, 0)));
+    if (written <= 0) key.push_back('\0');
+}
+
+// A number has the key of "0", as it lies there among texts, and behind that its length and digits.
+void AppendRunKey(std::string& key, std::wstring_view run) {
+    static const std::string zero = [] {
+        std::string text;
+        AppendTextKey(text, L"0");
+        return text + '\0';
+    }();
+    if (!IsDigit(run[0])) {
+        AppendTextKey(key, run);
+        key.push_back('\1');
+        return;
+    }
+    run.remove_prefix(std::min(run.find_first_not_of(L'0'), run.size()));
+    key += zero;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        key.push_back(static_cast<char>(run.size() >> static_cast<unsigned>(shift)));
+    for (const wchar_t digit : run)
+        key.push_back(static_cast<char>(digit));
+}
+
 }  // namespace
 
 void String::ArrayFromString(const ustr& text, std::vector<ustr>& parts, wchar_t separator) {
@@ -209,4 +246,11 @@ int String::CompareForUser(std::wstring_view a, std::wstring_view b) {
         if (const int order = CompareRuns(runA, runB)) return order;
     }
     return Sign(!a.empty() <=> !b.empty());
+}
+
+std::string String::SortKeyForUser(std::wstring_view text) {
+    std::string key;
+    while (!text.empty())
+        AppendRunKey(key, TakeRun(text));
+    return key;
 }

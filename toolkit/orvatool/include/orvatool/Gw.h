@@ -95,6 +95,18 @@ private:
     bool visible_;
 };
 
+/// The wait cursor in a scope, and the cursor that was there before after it.
+class ORVATOOL_API gwWaitCursor {
+public:
+    gwWaitCursor();
+    ~gwWaitCursor();
+    gwWaitCursor(const gwWaitCursor&) = delete;
+    gwWaitCursor& operator=(const gwWaitCursor&) = delete;
+
+private:
+    HCURSOR previous_;
+};
+
 /// Puts text on the clipboard; false when it is taken by another program.
 ORVATOOL_API bool gwcopytext(HWND owner, const ustr& text);
 

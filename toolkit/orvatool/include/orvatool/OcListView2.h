@@ -59,8 +59,10 @@ public:
     int count() const;
 
     void select(int row, bool only = true);  ///< selects, focuses and scrolls into view
-    int selected() const;                    ///< the first selected row, -1 for none
-    std::vector<int> selection() const;      ///< all selected rows, ascending
+    /// Selects these rows and no others, and focuses one (-1: none), without a notification.
+    void selectRows(const std::vector<int>& rows, int focused);
+    int selected() const;                ///< the first selected row, -1 for none
+    std::vector<int> selection() const;  ///< all selected rows, ascending
 
     /// Check boxes in the first column, in either form. When the user turns one, the dialog gets the LVN_ITEMCHANGED
     /// that a system check box gives: the old and the new state image (1 unchecked, 2 checked) in uOldState and
@@ -123,11 +125,11 @@ private:
     int RowHeight() const;
     int Scale(int pixels) const;
     int FocusedRow() const;
+    int SelectedCount() const;
     bool HasRow(int row) const { return row >= 0 && row < count(); }
     const Cell* CellAt(int row, int column) const;
     void RowsChanged();
     void PassCount();
-    void SelectRows(const std::vector<int>& rows, int focused);
     std::vector<int> SortedOrder(int column, bool descending) const;
     void ShowSortArrow() const;
     void ToggleChecks(int row);

@@ -3,6 +3,7 @@
 #include <orvaspace/ustr.h>
 #include <orvatool/Export.h>
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -28,5 +29,9 @@ ORVATOOL_API bool MatchesFolded(std::wstring_view foldedText, const std::vector<
 /// Three-way comparison as a user sorts names: by the user's locale, ignoring case, digits by their number ("2" <
 /// "10"). -1, 0 or 1.
 ORVATOOL_API int CompareForUser(std::wstring_view a, std::wstring_view b);
+
+/// Bytes whose order (std::string's) is that of the texts under CompareForUser. For sorting very many texts: making a
+/// key costs about as much as one comparison, and comparing keys next to nothing.
+ORVATOOL_API std::string SortKeyForUser(std::wstring_view text);
 
 }  // namespace String

@@ -106,8 +106,21 @@ void RepaintUnder(HWND dlg, const Move& groupBox) {
     InvalidateRect(groupBox.control, nullptr, TRUE);
 }
 
-void MoveAll(HWND dlg, const std::vector<Move>& moves) {
+// Not every system moves all at once: where another control goes, the image of the one that was there may be gone
+// before it is taken along.
+bool LosesItsImage(const Move& move, const std::vector<Move>& moves) {
+    if (move.flags & SWP_NOMOVE) return false;
+    return std::any_of(moves.begin(), moves.end(), [&](const Move& other) {
+        RECT common{};
+        return &other != &move && !IsGroupBox(other.control) && IntersectRect(&common, &move.from, &other.to);
+    });
+}
+
+void MoveAll(HWND dlg, std::vector<Move> moves) {
     if (moves.empty()) return;
+    for (Move& move : moves) {
+        if (LosesItsImage(move, moves)) move.flags |= SWP_NOCOPYBITS;
+    }
     if (!MoveTogether(moves)) MoveEach(moves);
     for (const Move& m : moves) {
         if (IsGroupBox(m.control)) RepaintUnder(dlg, m);
@@ -160,7 +173,7 @@ void DlgControlAnchorer::Arrange(SIZE client) {
     for (const Anchored& item : anchored_) {
         if (GetParent(item.control) == dlg_) AddMove(moves, dlg_, item.control, Place(item, growth));
     }
-    MoveAll(dlg_, moves);
+    MoveAll(dlg_, std::move(moves));
 }
 
 void DlgControlAnchorer::SetDpi(unsigned dpi) {
@@ -177,7 +190,7 @@ void DlgControlAnchorer::SetDpi(unsigned dpi) {
         item = unmoved ? found->second : Loose{now, oldDpi, now};
         AddMove(moves, dlg_, control, ScaleTo(item.start, item.dpi, dpi));
     }
-    MoveAll(dlg_, moves);
+    MoveAll(dlg_, std::move(moves));
     for (auto& [control, item] : loose_)
         item.placed = RectInDialog(dlg_, control);
     if (!IsIconic(dlg_)) Arrange(ClientSize(dlg_));

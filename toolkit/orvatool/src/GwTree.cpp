@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "CheckImages.h"
+#include "CheckLog.h"
 
 namespace {
 
@@ -21,6 +22,8 @@ struct WatchedTree {
     WNDPROC procedure = nullptr;  // the tree's own
     win32::ImageList checkImages;
     LPARAM press = 0;  // where the left button went down last: client coordinates, packed as in a message
+    bool logsChecks = false;
+    std::vector<std::pair<HTREEITEM, int>> checkLog;
 };
 
 // The common controls' own way to subclass looks a window property up for every message, which a tree that is filled
@@ -173,11 +176,22 @@ bool HasCheckImages(HWND tree) {
     return found != watchedTrees.end() && found->second.checkImages;
 }
 
+int CheckOf(UINT itemState) {
+    const int image = static_cast<int>((itemState & TVIS_STATEIMAGEMASK) >> kStateShift);
+    return std::clamp(image - 1, static_cast<int>(kTreeUnchecked), static_cast<int>(kTreePartial));
+}
+
+void LogCheck(WatchedTree& watched, const TVITEMEXW& item) {
+    const bool setsCheck = (item.mask & TVIF_STATE) && (item.stateMask & TVIS_STATEIMAGEMASK);
+    if (setsCheck && watched.logsChecks) watched.checkLog.emplace_back(item.hItem, CheckOf(item.state));
+}
+
 LRESULT CALLBACK WatchProc(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) {
     const auto found = watchedTrees.find(tree);
     if (found == watchedTrees.end()) return DefWindowProcW(tree, message, wParam, lParam);
     const WNDPROC procedure = found->second.procedure;
     if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) found->second.press = lParam;
+    if (message == TVM_SETITEMW) LogCheck(found->second, *reinterpret_cast<const TVITEMEXW*>(lParam));
     const LRESULT result = CallWindowProcW(procedure, tree, message, wParam, lParam);
     if (message == WM_NCDESTROY) watchedTrees.erase(tree);
     if ((message == WM_DPICHANGED_AFTERPARENT || message == WM_THEMECHANGED) && HasCheckImages(tree))
@@ -236,7 +250,8 @@ win32::ImageList CreateCheckImages(HWND window) {
     {
         const win32::Selected target(dc.get(), strip.bitmap.get());
         using Theme = win32::Unique<HTHEME, CloseThemeData>;
-        const Theme theme(OpenThemeData(window, VSCLASS_BUTTON));
+        // Opened for the tree itself it would become, under Wine, what the tree draws its frame and expanders with.
+        const Theme theme(OpenThemeData(GetParent(window), VSCLASS_BUTTON));
         if (theme) GetThemePartSize(theme.get(), dc.get(), BP_CHECKBOX, CBS_UNCHECKEDNORMAL, nullptr, TS_DRAW, &box);
         DrawCheckBoxes(dc.get(), theme.get(), cell, box);
         GdiFlush();
@@ -244,6 +259,18 @@ win32::ImageList CreateCheckImages(HWND window) {
     MakeBoxesOpaque(strip.pixels, cell, box);
     ImageList_Add(images.get(), strip.bitmap.get(), nullptr);
     return images;
+}
+
+void StartCheckLog(HWND tree) {
+    const auto found = watchedTrees.find(tree);
+    if (found == watchedTrees.end()) return;
+    found->second.logsChecks = true;
+    found->second.checkLog.clear();
+}
+
+std::vector<std::pair<HTREEITEM, int>> TakeCheckLog(HWND tree) {
+    const auto found = watchedTrees.find(tree);
+    return found == watchedTrees.end() ? decltype(found->second.checkLog)() : std::exchange(found->second.checkLog, {});
 }
 
 void gwTVaddChecks(HWND tree) {
@@ -259,8 +286,7 @@ int gwTVgetCheck(HWND tree, HTREEITEM item) {
     if (!item) return kTreeUnchecked;
     const auto state =
         static_cast<UINT>(SendMessageW(tree, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_STATEIMAGEMASK));
-    const int image = static_cast<int>((state & TVIS_STATEIMAGEMASK) >> kStateShift);
-    return std::clamp(image - 1, static_cast<int>(kTreeUnchecked), static_cast<int>(kTreePartial));
+    return CheckOf(state);
 }
 
 void gwTVsetCheck(HWND tree, HTREEITEM item, int state) {

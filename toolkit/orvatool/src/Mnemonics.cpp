@@ -65,6 +65,9 @@ std::vector<std::size_t> Places(const std::wstring& text) {
         inWord = letter;
     }
     starts.insert(starts.end(), inside.begin(), inside.end());
+    // A mark below the text's end is easily overlooked.
+    const auto last = std::find(starts.begin(), starts.end(), text.size() - 1);
+    if (last != starts.end()) std::rotate(last, last + 1, starts.end());
     return starts;
 }
 

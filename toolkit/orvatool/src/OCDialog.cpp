@@ -271,5 +271,8 @@ bool OCDialog::TakeData() {
 
 void OCDialog::Refuse(int ctrlId) {
     MessageBeep(0);
+    // A radio button takes the focus for a click, which would change what was refused.
+    SendDlgItemMessageW(hWnd(), ctrlId, BM_SETDONTCLICK, TRUE, 0);
     SetFocus(ctrlId);
+    SendDlgItemMessageW(hWnd(), ctrlId, BM_SETDONTCLICK, FALSE, 0);
 }

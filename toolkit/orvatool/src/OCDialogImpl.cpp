@@ -264,6 +264,7 @@ OCDialog::Impl* OCDialog::Impl::Of(HWND window) {
     Impl* const impl = Creation::Take();
     if (impl) {
         impl->window_ = window;
+        impl->self_ = impl->shared_from_this();
         SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(impl));
     }
     return impl;
@@ -280,6 +281,7 @@ INT_PTR OCDialog::Impl::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_NCDESTROY:
             hook_.reset();
             SetWindowLongPtrW(std::exchange(window_, nullptr), DWLP_USER, 0);
+            self_.reset();
             return FALSE;
         case WM_DPICHANGED:
             ChangeDpi(LOWORD(wParam), As<RECT*>(lParam));
@@ -417,13 +419,13 @@ void OCDialog::Impl::RefreshGrip() {
 void OCDialog::Impl::PaintGrip() {
     PAINTSTRUCT paint{};
     if (!BeginPaint(window_, &paint)) return;
-    RECT grip = GripRect();
-    if (!IsRectEmpty(&grip)) {
+    grip_ = GripRect();  // a dialog that keeps its template's size gets no WM_SIZE
+    if (!IsRectEmpty(&grip_)) {
         const win32::Unique<HTHEME, CloseThemeData> theme(OpenThemeData(window_, VSCLASS_STATUS));
         if (theme) {
-            DrawThemeBackground(theme.get(), paint.hdc, SP_GRIPPER, 0, &grip, nullptr);
+            DrawThemeBackground(theme.get(), paint.hdc, SP_GRIPPER, 0, &grip_, nullptr);
         } else {
-            DrawFrameControl(paint.hdc, &grip, DFC_SCROLL, DFCS_SCROLLSIZEGRIP);
+            DrawFrameControl(paint.hdc, &grip_, DFC_SCROLL, DFCS_SCROLLSIZEGRIP);
         }
     }
     EndPaint(window_, &paint);

@@ -80,6 +80,7 @@ private:
     HWND parent_;
     OCDialog* owner_;
     HWND window_ = nullptr;
+    std::shared_ptr<Impl> self_;  // while there is a window: the dialog may delete itself before the last message
     Run run_;
     LRESULT answer_ = 0;
     unsigned dpi_ = USER_DEFAULT_SCREEN_DPI;

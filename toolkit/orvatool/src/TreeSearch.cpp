@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "CheckLog.h"
 #include "SearchEdit.h"
 #include "TreeRows.h"
 
@@ -75,19 +76,27 @@ std::vector<std::size_t> ParentsOf(const TREE_INSERTLIST& list, std::size_t none
 
 }  // namespace
 
-void TreeSearch::Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit, const wchar_t* cue) {
+void TreeSearch::Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit, const wchar_t* cue,
+                        const std::vector<int>& checks) {
     tree_ = tree;
     list_ = list ? list : &kNoRows;
     folded_.Assign(*list_, [](const TREE_INSERTITEM& row) -> const ustr& { return row.text; });
     parents_ = ParentsOf(*list_, kNoRow);
     items_.assign(list_->size(), nullptr);
     expanded_.assign(list_->size(), false);
-    checks_.assign(list_->size(), kTreeUnchecked);
+    checks_ = checks;
+    checks_.resize(list_->size(), kTreeUnchecked);
+    ParentsFromChildren(checks_);
     selected_ = firstMatch_ = kNoRow;
     filtered_ = false;
-    if (edit) AttachSearchEdit(edit, tree, cue);
+    if (edit) SetEdit(edit, cue);
     gwTVtrackPresses(tree);
+    StartCheckLog(tree);
     Rebuild(std::vector<bool>(list_->size(), true), expanded_);
+}
+
+void TreeSearch::SetEdit(HWND edit, const wchar_t* cue) {
+    AttachSearchEdit(edit, tree_, cue);
 }
 
 void TreeSearch::Filter(const ustr& text) {
@@ -127,21 +136,36 @@ bool TreeSearch::Select(std::int64_t value) {
 }
 
 std::vector<int> TreeSearch::GetChecks() const {
-    std::vector<int> states = checks_;
-    for (std::size_t row = 0; row < items_.size(); ++row) {
-        if (items_[row]) states[row] = gwTVgetCheck(tree_, items_[row]);
-    }
-    ParentsFromChildren(states);
-    return states;
+    LearnChecks();
+    return checks_;
 }
 
 void TreeSearch::SetChecks(const std::vector<int>& states) {
+    const std::vector<int> before = GetChecks();
     checks_ = states;
     checks_.resize(items_.size(), kTreeUnchecked);
     ParentsFromChildren(checks_);
     const gwRedrawOff quiet(tree_);
-    for (std::size_t row = 0; row < items_.size(); ++row)
-        gwTVsetCheck(tree_, items_[row], checks_[row]);
+    for (std::size_t row = 0; row < items_.size(); ++row) {
+        if (checks_[row] != before[row]) gwTVsetCheck(tree_, items_[row], checks_[row]);
+    }
+}
+
+void TreeSearch::ShowParentChecks() {
+    if (!filtered_) return;  // nothing is hidden
+    LearnChecks();
+    PutParentChecks();
+}
+
+// Of the rows that are shown: those that are not have the state that they had.
+void TreeSearch::LearnChecks() const {
+    constexpr std::size_t kFew = 8;  // for more the table of rows pays
+    const auto log = TakeCheckLog(tree_);
+    for (const auto& [item, state] : log) {
+        const std::size_t row = log.size() > kFew ? RowOf(item) : FindRow(item);
+        if (row != kNoRow) checks_[row] = state;
+    }
+    ParentsFromChildren(checks_);
 }
 
 // Without a word to look for, `open` is empty.
@@ -186,7 +210,7 @@ void TreeSearch::Restore() {
 }
 
 void TreeSearch::Show(const std::vector<bool>& wanted, const std::vector<bool>& open) {
-    if (HasChecks(tree_)) checks_ = GetChecks();
+    LearnChecks();
     if (AreFew(wanted, open)) {
         Change(wanted);
         Open(open);
@@ -194,7 +218,7 @@ void TreeSearch::Show(const std::vector<bool>& wanted, const std::vector<bool>& 
         Rebuild(wanted, open);
     }
     rows_.clear();  // whoever was told of changes in between may have asked for rows
-    if (HasChecks(tree_)) ShowParentChecks();
+    if (HasChecks(tree_)) PutParentChecks();
 }
 
 bool TreeSearch::AreFew(const std::vector<bool>& wanted, const std::vector<bool>& open) const {
@@ -268,8 +292,14 @@ std::size_t TreeSearch::RowOf(HTREEITEM item) const {
     return found == rows_.end() ? kNoRow : found->second;
 }
 
+// For one item: not worth filling the table.
+std::size_t TreeSearch::FindRow(HTREEITEM item) const {
+    const auto found = item ? std::find(items_.begin(), items_.end(), item) : items_.end();
+    return found == items_.end() ? kNoRow : static_cast<std::size_t>(found - items_.begin());
+}
+
 std::size_t TreeSearch::SelectedRow() const {
-    return RowOf(reinterpret_cast<HTREEITEM>(SendMessageW(tree_, TVM_GETNEXTITEM, TVGN_CARET, 0)));
+    return FindRow(reinterpret_cast<HTREEITEM>(SendMessageW(tree_, TVM_GETNEXTITEM, TVGN_CARET, 0)));
 }
 
 // Rows are in pre-order: what follows a row is its child or nothing below it.
@@ -300,7 +330,7 @@ void TreeSearch::ParentsFromChildren(std::vector<int>& states) const {
 }
 
 // Rows below them may have been changed while others were hidden.
-void TreeSearch::ShowParentChecks() const {
+void TreeSearch::PutParentChecks() const {
     for (std::size_t row = 0; row < items_.size(); ++row) {
         if (items_[row] && HasRowsBelow(row)) gwTVsetCheck(tree_, items_[row], checks_[row]);
     }

@@ -122,8 +122,12 @@ public:
     /// Fills the tree with all rows in place of what it holds. `list` must outlive this object and stay as it is;
     /// attach again when it changed. `edit` is the search field, if there is one: Up, Down, Page Up and Page Down in it
     /// move the tree's selection, Esc empties a search before it cancels the dialog; `cue` is its grey text while it is
-    /// empty. Its EN_CHANGE is the owner's, to call Filter.
-    void Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit = nullptr, const wchar_t* cue = nullptr);
+    /// empty. Its EN_CHANGE is the owner's, to call Filter. `checks` are states as for SetChecks; without them all rows
+    /// are unchecked.
+    void Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit = nullptr, const wchar_t* cue = nullptr,
+                const std::vector<int>& checks = {});
+    /// Makes `edit` the search field, see Attach. One field can serve several trees, one at a time.
+    void SetEdit(HWND edit, const wchar_t* cue = nullptr);
     /// Shows what matches `text`. Gives the first match in tree order the selection when the selected row is gone. A
     /// row that the user selected among the matches stays selected when the search is cleared.
     void Filter(const ustr& text);
@@ -138,6 +142,9 @@ public:
     std::vector<int> GetChecks() const;
     /// Sets them; rows with rows below them follow from those.
     void SetChecks(const std::vector<int>& states);
+    /// For the owner when the user has turned a check: rows with rows below them then show what follows from all of
+    /// these, shown or not.
+    void ShowParentChecks();
 
 private:
     static constexpr std::size_t kNoRow = static_cast<std::size_t>(-1);
@@ -151,13 +158,15 @@ private:
     void Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open);
     void Open(const std::vector<bool>& open);
     void SelectRow(std::size_t row);
+    void LearnChecks() const;
     std::size_t RowOf(HTREEITEM item) const;
+    std::size_t FindRow(HTREEITEM item) const;
     std::size_t SelectedRow() const;
     bool HasRowsBelow(std::size_t row) const;
     bool IsOpen(std::size_t row) const;
     void RememberExpansion();
     void ParentsFromChildren(std::vector<int>& states) const;
-    void ShowParentChecks() const;
+    void PutParentChecks() const;
 
     HWND tree_ = nullptr;
     const TREE_INSERTLIST* list_ = nullptr;
@@ -166,7 +175,7 @@ private:
     std::vector<HTREEITEM> items_;                             // by row; null while it is not shown
     mutable std::unordered_map<HTREEITEM, std::size_t> rows_;  // of the shown items; empty until it is asked for
     std::vector<bool> expanded_;                               // by row: open when there was no search
-    std::vector<int> checks_;                                  // by row; of a shown row the tree knows better
+    mutable std::vector<int> checks_;                          // by row, but for what the tree was told since
     std::size_t selected_ = kNoRow;                            // when there was no search
     std::size_t firstMatch_ = kNoRow;                          // that got the selection without the user's doing
     bool filtered_ = false;

@@ -41,6 +41,15 @@ bool TakeField(HWND dlg, int ctrlId, const Rule& rule, ustr& value) {
     return true;
 }
 
+void ShowField(HWND dlg, int ctrlId, const Rule& /*rule*/, bool value) {
+    gwsetcheck(dlg, ctrlId, value);
+}
+
+bool TakeField(HWND dlg, int ctrlId, const Rule& /*rule*/, bool& value) {
+    value = gwgetcheck(dlg, ctrlId);
+    return true;
+}
+
 void ShowCommandMenu(const OCDialog& dlg, std::span<const int> ctrlIds, HWND list, POINT screenPoint) {
     struct DestroyMenuFn {
         void operator()(HMENU menu) const { DestroyMenu(menu); }

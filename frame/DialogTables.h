@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <occommonui/FixedText.h>
 #include <orvaspace/ustr.h>
 #include <orvatool/Gw.h>
 #include <orvatool/Lng.h>
@@ -67,17 +68,38 @@ struct Field {
 
 void ShowField(HWND dlg, int ctrlId, const Rule& rule, const ustr& value);
 bool TakeField(HWND dlg, int ctrlId, const Rule& rule, ustr& value);
+void ShowField(HWND dlg, int ctrlId, const Rule& rule, bool value);
+bool TakeField(HWND dlg, int ctrlId, const Rule& rule, bool& value);
 
 template <auto member>
 struct FieldOf;
 
 template <class Record, class Value, Value Record::*member>
-struct FieldOf<member> {
+requires(!std::is_array_v<Value>) struct FieldOf<member> {
     static constexpr Field<Record> kValue{[](HWND dlg, int ctrlId, const Rule& rule, const Record& record) {
                                               ShowField(dlg, ctrlId, rule, record.*member);
                                           },
                                           [](HWND dlg, int ctrlId, const Rule& rule, Record& record) {
                                               return TakeField(dlg, ctrlId, rule, record.*member);
+                                          }};
+};
+
+// A text of fixed length: its limit holds where the rule states none. One that stays is not written again, with what a
+// record of unknown origin may have behind its NUL.
+template <class Record, std::size_t n, wchar_t (Record::*member)[n]>
+struct FieldOf<member> {
+    static constexpr Rule Limited(Rule rule) {
+        if (rule.maxChars == 0) rule.maxChars = static_cast<int>(kFixedTextLimit<member>);
+        return rule;
+    }
+    static constexpr Field<Record> kValue{[](HWND dlg, int ctrlId, const Rule& rule, const Record& record) {
+                                              ShowField(dlg, ctrlId, Limited(rule), FixedText<member>(record));
+                                          },
+                                          [](HWND dlg, int ctrlId, const Rule& rule, Record& record) {
+                                              ustr text;
+                                              if (!TakeField(dlg, ctrlId, Limited(rule), text)) return false;
+                                              if (text != FixedText<member>(record)) SetFixedText<member>(record, text);
+                                              return true;
                                           }};
 };
 

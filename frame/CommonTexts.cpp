@@ -1,0 +1,7 @@
+#include "CommonTexts.h"
+
+ustr UnknownPropertyText(int propId) {
+    ustr text;
+    text.format(Lng::text(kLibraryTexts, 25918, L"Unknown property %d").c_str(), propId);
+    return text;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+// Shared with the resource compiler, which reads no constexpr. The selection control gives the ids after the largest one
+// of its dialog to what it adds; its menus have those from 400 on.
+
+// The selection control, in every dialog of this family that has one. The largest ids are of controls that are always
+// there, so that none of these is given twice.
+#define IDC_OBJSEL_CONFIGURATION_LBL 200
+#define IDC_OBJSEL_CONFIGURATION 201
+#define IDC_OBJSEL_SAVE 202
+#define IDC_OBJSEL_SAVE_AS 203
+#define IDC_OBJSEL_DELETE 204
+#define IDC_OBJSEL_RENAME 205
+#define IDC_OBJSEL_NAME_LBL 206
+#define IDC_OBJSEL_NAME 207
+#define IDC_OBJSEL_MANUAL 208
+#define IDC_OBJSEL_CURRENT 209
+#define IDC_OBJSEL_SELECTED 210
+#define IDC_OBJSEL_SET_GROUP 211
+#define IDC_OBJSEL_CATEGORIES 212
+#define IDC_OBJSEL_ITEMS 213
+#define IDC_OBJSEL_FILTER 214
+#define IDC_OBJSEL_NO_DATA 215
+
+// OBJSELCMDDLG
+#define IDC_OBJSELCMD_RESULT_GROUP 101
+#define IDC_OBJSELCMD_SELECT 130
+#define IDC_OBJSELCMD_REPORT 131
+
+// OBJSELPROPDLG
+#define IDC_OBJSELPROP_SEARCH_LBL 100
+#define IDC_OBJSELPROP_SEARCH 101
+#define IDC_OBJSELPROP_PROPERTIES_LBL 102
+#define IDC_OBJSELPROP_PROPERTIES 103
+#define IDC_OBJSELPROP_CRITERIA_LBL 104
+#define IDC_OBJSELPROP_CRITERIA 105
+#define IDC_OBJSELPROP_INSERT 106
+#define IDC_OBJSELPROP_REMOVE 107
+#define IDC_OBJSELPROP_OPERATOR_LBL 108
+#define IDC_OBJSELPROP_OPERATOR 109
+#define IDC_OBJSELPROP_VALUE_LBL 110
+#define IDC_OBJSELPROP_VALUE 111
+#define IDC_OBJSELPROP_CHOICE_LBL 112
+#define IDC_OBJSELPROP_CHOICE 113
+#define IDC_OBJSELPROP_CHOOSE 114
+#define IDC_OBJSELPROP_ANY 115
+#define IDC_OBJSELPROP_ALL 116
+#define IDC_OBJSELPROP_CASE 117
+#define IDC_OBJSELPROP_TOLERANCE_LBL 118
+#define IDC_OBJSELPROP_TOLERANCE 119
+#define IDC_OBJSELPROP_PREVIEW_LBL 120
+#define IDC_OBJSELPROP_PREVIEW 121

@@ -8,8 +8,7 @@ namespace ochost {
 namespace {
 
 constexpr std::span<const DialogEntry> (*kFamilies[])() = {
-    CustomPropertyDialogs,
-    ToolkitDialogs,
+    CustomPropertyDialogs, ReportDialogs, SelectionDialogs, UpdateDwgDialogs, ToolkitDialogs,
 };
 
 const wchar_t* Name(Outcome outcome) {

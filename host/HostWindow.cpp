@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "host/Console.h"
+#include "host/Zoom.h"
 #include "host/host_ids.h"
 
 namespace ochost {
@@ -103,6 +104,11 @@ HostWindow::HostWindow(ProjectStore& project)
       project_(project),
       size_{Count(project.Drawings()), Count(project.Rooms()), Count(project.Systems()), Count(project.PartTypes()),
             Count(project.Properties())} {
+    LogZooms(this);
+}
+
+HostWindow::~HostWindow() {
+    LogZooms(nullptr);
 }
 
 bool HostWindow::Open() {

@@ -15,6 +15,7 @@ class HostWindow : public OCDialog, private Reporter {
 public:
     /// `project` must outlive the window.
     explicit HostWindow(ProjectStore& project);
+    ~HostWindow() override;
 
     /// Creates and shows the window; false on failure.
     bool Open();

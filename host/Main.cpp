@@ -17,6 +17,8 @@
 #include "host/ProjectGenerator.h"
 #include "host/Tour.h"
 #include "host/Utf.h"
+#include "host/Zoom.h"
+#include "host/selection/SampleProject.h"
 
 namespace ochost {
 namespace {
@@ -52,7 +54,7 @@ std::wstring DefaultProject(int scale) {
 
 Result<ProjectStore> OpenProject(const Options& options) {
     const int scale = std::max(options.scale, 1);
-    auto project = OpenOrGenerateProject(options.project.empty() ? DefaultProject(scale) : options.project, scale);
+    auto project = OpenSampleProject(options.project.empty() ? DefaultProject(scale) : options.project, scale);
     if (!project || options.scale == 0) return project;
     const auto info = project->Info();
     if (!info) return info.Error();
@@ -63,7 +65,10 @@ Result<ProjectStore> OpenProject(const Options& options) {
 Status OpenDialogAlone(const DialogEntry& dialog, ProjectStore& project) {
     ConsoleReporter reporter;
     DialogContext context{nullptr, Lng::Hpv, project, reporter};
-    if (RunDialog(dialog, context) != Outcome::Failed) return Done{};
+    LogZooms(&reporter);
+    const Outcome outcome = RunDialog(dialog, context);
+    LogZooms(nullptr);
+    if (outcome != Outcome::Failed) return Done{};
     return Failure{FailureKind::System, std::wstring(dialog.name) + L" failed"};
 }
 

@@ -8,6 +8,9 @@
 #include <unordered_set>
 
 #include "host/DataText.h"
+#include "host/ObjectGenerator.h"
+#include "host/Random.h"
+#include "host/ReportTemplateData.h"
 
 namespace ochost {
 namespace {
@@ -23,28 +26,6 @@ constexpr ValueTypeName kValueTypes[] = {
     {L"real",    ValueType::Real   },
     {L"boolean", ValueType::Boolean},
     {L"choice",  ValueType::Choice },
-};
-
-/// Marsaglia's xorshift: the same numbers from every compiler and run.
-class Random {
-public:
-    /// Evenly from `from` up to and including `to`.
-    int Between(int from, int to) {
-        state_ ^= state_ << 13;
-        state_ ^= state_ >> 7;
-        state_ ^= state_ << 17;
-        return from + static_cast<int>(state_ % static_cast<std::uint64_t>(to - from + 1));
-    }
-
-    template <class T>
-    void Shuffle(std::vector<T>& items) {
-        for (size_t left = items.size(); left > 1; --left) {
-            std::swap(items[left - 1], items[static_cast<size_t>(Between(0, static_cast<int>(left) - 1))]);
-        }
-    }
-
-private:
-    std::uint64_t state_ = 0x9E3779B97F4A7C15;
 };
 
 /// Grows a tree from paths ("Geometry/Connections") in display order.
@@ -164,8 +145,11 @@ public:
         AddRooms();
         AddSystems();
         AddPartTypes();
+        AddFittingSeries();
+        PlaceObjects(texts_, random_, content_);
         AddProperties();
         AddCustomProperties();
+        content_.reportTemplates = ReadReportTemplates(texts_, content_);
         return std::move(content_);
     }
 
@@ -211,7 +195,7 @@ private:
 
     void AddDrawings() {
         TreeBuilder folders(content_.folders);
-        const auto records = Read("drawings", 7);
+        const auto records = Read("drawings", 11);
         const size_t floorsEach = content_.floors.size() / static_cast<size_t>(scale_);
         for (int building = 0; building < scale_; ++building) {
             const auto floors =
@@ -247,6 +231,14 @@ private:
                                      Replaced(record.Text(3), L"{name}", floor.name), record.Integer(4)});
         for (const std::wstring& name : record.List(6)) {
             content_.layouts.push_back({NextId(content_.layouts), id, name});
+        }
+        constexpr AreaKind kKinds[] = {AreaKind::Selection, AreaKind::Page, AreaKind::Switchboard, AreaKind::Host};
+        size_t field = 7;
+        for (const AreaKind kind : kKinds) {
+            for (std::wstring& name : record.List(field++)) {
+                name = Replaced(Replaced(std::move(name), L"{building}", floor.building), L"{floor}", floorCode);
+                content_.areas.push_back({NextId(content_.areas), id, kind, std::move(name)});
+            }
         }
     }
 
@@ -358,6 +350,13 @@ private:
             std::erase(code, L' ');
             content_.partTypes.push_back({NextId(content_.partTypes), group, discipline, std::move(code),
                                           record.Text(3) + (size.empty() ? L"" : L" ") + size, manufacturer, size});
+        }
+    }
+
+    void AddFittingSeries() {
+        for (const DataRecord& record : Read("fitting_series", 3)) {
+            content_.fittingSeries.push_back(
+                {NextId(content_.fittingSeries), DisciplineOf(record, 1), record.Text(0), record.Text(2)});
         }
     }
 

@@ -75,6 +75,26 @@ struct Layout {
     bool operator==(const Layout&) const = default;
 };
 
+// stored: never renumber
+enum class AreaKind { Selection = 1, Page = 2, Switchboard = 3, Host = 4 };
+
+/// An area of a drawing, or a page of a diagram.
+struct DrawingArea {
+    Id id = 0;
+    Id drawing = 0;
+    AreaKind kind = AreaKind::Selection;
+    std::wstring name;  ///< unique among those of its kind in its drawing
+
+    bool operator==(const DrawingArea&) const = default;
+};
+
+/// A drawing that the user has taken from the model drawings.
+struct LeftOutDrawing {
+    Id drawing = 0;
+
+    bool operator==(const LeftOutDrawing&) const = default;
+};
+
 /// Functional zone: the rooms of a floor that belong together in use.
 struct Zone {
     Id id = 0;
@@ -123,6 +143,40 @@ struct PartType {
     bool operator==(const PartType&) const = default;
 };
 
+/// How ducts, pipes or cable routes are joined.
+struct FittingSeries {
+    Id id = 0;
+    Id discipline = 0;
+    std::wstring name;
+    std::wstring manufacturer;
+
+    bool operator==(const FittingSeries&) const = default;
+};
+
+/// An object that stands in a drawing. Ids of 0 mean "none".
+struct PlacedObject {
+    Id id = 0;
+    Id drawing = 0;
+    Id layout = 0;  ///< 0 in model space
+    Id room = 0;
+    Id system = 0;
+    Id partType = 0;
+    Id fittingSeries = 0;
+    Id selectionArea = 0;  ///< this and the following are a DrawingArea each, of its kind
+    Id page = 0;
+    Id switchboardArea = 0;
+    Id hostArea = 0;
+    int number = 0;  ///< within its system, from 1
+    int x = 0;       ///< mm, the insertion point
+    int y = 0;
+    int z = 0;
+    int length = 0;   ///< mm; 0 when it has none
+    double load = 0;  ///< by design: l/s of air or water, W of heat, cold or electricity
+    std::vector<std::wstring> labels;
+
+    bool operator==(const PlacedObject&) const = default;
+};
+
 // stored: never renumber
 enum class ValueType { Text = 1, Integer = 2, Real = 3, Boolean = 4, Choice = 5 };
 
@@ -147,6 +201,53 @@ struct CustomProperty {
     bool operator==(const CustomProperty&) const = default;
 };
 
+/// A column of a report. Its members are as wide as what reports are defined with.
+struct ReportColumn {
+    std::int16_t property = 0;  ///< a Property's id; -100 minus its id for a CustomProperty
+    float width = 0;            ///< mm; characters in a text list
+    std::uint8_t align = 0;     ///< 0 left, 1 centre, 2 right
+    std::uint8_t subRow = 0;    ///< 0 is the first line of a row
+    std::wstring header1;
+    std::wstring header2;
+    bool showUnits = false;
+
+    bool operator==(const ReportColumn&) const = default;
+};
+
+/// What a kind of report shows, and of which parts.
+struct ReportTemplate {
+    std::int32_t id = 0;    ///< never used again
+    std::int32_t app = 0;   ///< the application that it belongs to, a Lng::AppID
+    std::int32_t type = 0;  ///< a ReportType
+    std::wstring name;
+    std::wstring description;
+    std::uint16_t separator = 0;       ///< UTF-16 character between values, 0 for none
+    std::vector<std::int32_t> groups;  ///< part groups and part types included, see ReportObjectTree
+    std::vector<ReportColumn> columns;
+
+    bool operator==(const ReportTemplate&) const = default;
+};
+
+/// Criteria by which objects are selected, as an application stored them.
+struct StoredSelection {
+    std::int32_t id = 0;   ///< never used again
+    std::int32_t app = 0;  ///< the application, a Lng::AppID
+    std::wstring name;     ///< empty: the criteria that the application used last, else a configuration
+    std::wstring data;     ///< XML
+
+    bool operator==(const StoredSelection&) const = default;
+};
+
+/// Who has locked a project for editing.
+struct LockHolder {
+    std::wstring user;
+    std::wstring computer;
+    std::int64_t process = 0;
+    std::wstring since;  ///< ISO 8601, UTC: "2024-03-18 09:15:00"
+
+    bool operator==(const LockHolder&) const = default;
+};
+
 /// Everything a project file holds, each list in display order.
 struct ProjectContent {
     ProjectInfo info;
@@ -155,14 +256,20 @@ struct ProjectContent {
     std::vector<Floor> floors;
     std::vector<Drawing> drawings;
     std::vector<Layout> layouts;
+    std::vector<DrawingArea> areas;
+    std::vector<LeftOutDrawing> leftOutDrawings;
     std::vector<Zone> zones;
     std::vector<Room> rooms;
     std::vector<System> systems;
     std::vector<PartGroup> partGroups;
     std::vector<PartType> partTypes;
+    std::vector<FittingSeries> fittingSeries;
+    std::vector<PlacedObject> objects;
     std::vector<PropertyGroup> propertyGroups;
     std::vector<Property> properties;
     std::vector<CustomProperty> customProperties;
+    std::vector<ReportTemplate> reportTemplates;
+    std::vector<StoredSelection> selections;
 
     bool operator==(const ProjectContent&) const = default;
 };

@@ -2,10 +2,9 @@
 
 #include <string>
 #include <tuple>
-#include <type_traits>
+#include <vector>
 
 #include "host/ProjectRecords.h"
-#include "host/Sqlite.h"
 
 namespace ochost {
 
@@ -34,6 +33,20 @@ struct Table {
         : name(tableName), order(listOrder), columns(tableColumns...) {}
 };
 
+/// A list that every record of the table `owner` has: a row holds the owner's id, the place in the list, and the
+/// columns of its R.
+template <class Owner, class R, class... M>
+struct ListTable {
+    const char* name;
+    const char* owner;
+    std::vector<R> Owner::*list;
+    std::tuple<Column<R, M>...> columns;
+
+    constexpr ListTable(const char* tableName, const char* ownerTable, std::vector<R> Owner::*ownerList,
+                        Column<R, M>... tableColumns)
+        : name(tableName), owner(ownerTable), list(ownerList), columns(tableColumns...) {}
+};
+
 constexpr char kKey[] = "INTEGER PRIMARY KEY";
 constexpr char kLastingKey[] = "INTEGER PRIMARY KEY AUTOINCREMENT";
 constexpr char kInteger[] = "INTEGER NOT NULL";
@@ -41,12 +54,19 @@ constexpr char kReal[] = "REAL NOT NULL";
 constexpr char kText[] = "TEXT NOT NULL";
 constexpr char kName[] = "TEXT NOT NULL CHECK(name <> '')";
 constexpr char kUniqueText[] = "TEXT NOT NULL UNIQUE";
+constexpr char kDrawingKey[] = "INTEGER PRIMARY KEY REFERENCES drawing";
 constexpr char kInDiscipline[] = "INTEGER NOT NULL REFERENCES discipline";
 constexpr char kInDrawing[] = "INTEGER NOT NULL REFERENCES drawing";
 constexpr char kInFloor[] = "INTEGER NOT NULL REFERENCES floor";
 constexpr char kInFolder[] = "INTEGER NOT NULL REFERENCES folder";
 constexpr char kInPartGroup[] = "INTEGER NOT NULL REFERENCES part_group";
 constexpr char kInPropertyGroup[] = "INTEGER NOT NULL REFERENCES property_group";
+constexpr char kOfPartType[] = "INTEGER NOT NULL REFERENCES part_type";
+constexpr char kOfSystem[] = "INTEGER NOT NULL REFERENCES system";
+constexpr char kPerhapsInArea[] = "INTEGER REFERENCES drawing_area";
+constexpr char kPerhapsInLayout[] = "INTEGER REFERENCES layout";
+constexpr char kPerhapsInRoom[] = "INTEGER REFERENCES room";
+constexpr char kPerhapsOfSeries[] = "INTEGER REFERENCES fitting_series";
 constexpr char kInZone[] = "INTEGER NOT NULL REFERENCES zone";
 constexpr char kPerhapsOnFloor[] = "INTEGER REFERENCES floor";
 constexpr char kUnderFolder[] = "INTEGER REFERENCES folder";
@@ -106,6 +126,19 @@ constexpr Table kLayoutTable{
     Column{"name",    kName,      &Layout::name   }
 };
 
+constexpr Table kAreaTable{
+    "drawing_area",
+    Order::ById,
+    Column{"id",      kKey,       &DrawingArea::id     },
+    Column{"drawing", kInDrawing, &DrawingArea::drawing},
+    Column{"kind",    kInteger,   &DrawingArea::kind   },
+    Column{"name",    kName,      &DrawingArea::name   }
+};
+
+constexpr Table kLeftOutDrawingTable{
+    "left_out_drawing", Order::ById, Column{"drawing", kDrawingKey, &LeftOutDrawing::drawing}
+};
+
 constexpr Table kZoneTable{
     "zone",
     Order::ByPosition,
@@ -159,6 +192,38 @@ constexpr Table kPartTypeTable{
     Column{"size",         kText,         &PartType::size        }
 };
 
+constexpr Table kFittingSeriesTable{
+    "fitting_series",
+    Order::ByPosition,
+    Column{"id",           kKey,          &FittingSeries::id          },
+    Column{"discipline",   kInDiscipline, &FittingSeries::discipline  },
+    Column{"name",         kName,         &FittingSeries::name        },
+    Column{"manufacturer", kText,         &FittingSeries::manufacturer}
+};
+
+constexpr Table kObjectTable{
+    "placed_object",
+    Order::ById,
+    Column{"id",               kKey,             &PlacedObject::id             },
+    Column{"drawing",          kInDrawing,       &PlacedObject::drawing        },
+    Column{"layout",           kPerhapsInLayout, &PlacedObject::layout         },
+    Column{"room",             kPerhapsInRoom,   &PlacedObject::room           },
+    Column{"system",           kOfSystem,        &PlacedObject::system         },
+    Column{"part_type",        kOfPartType,      &PlacedObject::partType       },
+    Column{"fitting_series",   kPerhapsOfSeries, &PlacedObject::fittingSeries  },
+    Column{"selection_area",   kPerhapsInArea,   &PlacedObject::selectionArea  },
+    Column{"page",             kPerhapsInArea,   &PlacedObject::page           },
+    Column{"switchboard_area", kPerhapsInArea,   &PlacedObject::switchboardArea},
+    Column{"host_area",        kPerhapsInArea,   &PlacedObject::hostArea       },
+    Column{"number",           kInteger,         &PlacedObject::number         },
+    Column{"x",                kInteger,         &PlacedObject::x              },
+    Column{"y",                kInteger,         &PlacedObject::y              },
+    Column{"z",                kInteger,         &PlacedObject::z              },
+    Column{"length",           kInteger,         &PlacedObject::length         },
+    Column{"load",             kReal,            &PlacedObject::load           },
+    Column{"labels",           kText,            &PlacedObject::labels         }
+};
+
 constexpr Table kPropertyGroupTable{
     "property_group", Order::Tree, Column{"id",     kKey,                &PropertyGroup::id    },
     Column{"parent", kUnderPropertyGroup, &PropertyGroup::parent},
@@ -183,6 +248,50 @@ constexpr Table kCustomPropertyTable{
       Column{"format", kText,       &CustomProperty::format}
 };
 
+constexpr Table kReportTemplateTable{
+    "report_template",
+    Order::ById,
+    Column{"id",          kLastingKey, &ReportTemplate::id         },
+    Column{"app",         kInteger,    &ReportTemplate::app        },
+    Column{"type",        kInteger,    &ReportTemplate::type       },
+    Column{"name",        kName,       &ReportTemplate::name       },
+    Column{"description", kText,       &ReportTemplate::description},
+    Column{"separator",   kInteger,    &ReportTemplate::separator  },
+    Column{"part_groups", kText,       &ReportTemplate::groups     }
+};
+
+constexpr ListTable kReportColumnTable{
+    "report_column",
+    "report_template",
+    &ReportTemplate::columns,
+    Column{"property",   kInteger, &ReportColumn::property },
+    Column{"width",      kReal,    &ReportColumn::width    },
+    Column{"align",      kInteger, &ReportColumn::align    },
+    Column{"sub_row",    kInteger, &ReportColumn::subRow   },
+    Column{"header1",    kText,    &ReportColumn::header1  },
+    Column{"header2",    kText,    &ReportColumn::header2  },
+    Column{"show_units", kInteger, &ReportColumn::showUnits}
+};
+
+constexpr Table kSelectionTable{
+    "selection",
+    Order::ById,
+    Column{"id",   kLastingKey, &StoredSelection::id  },
+    Column{"app",  kInteger,    &StoredSelection::app },
+    Column{"name", kText,       &StoredSelection::name},
+    Column{"data", kText,       &StoredSelection::data}
+};
+
+/// No row while nobody has locked the project. A row may be left behind by a program that has ended.
+constexpr Table kLockTable{
+    "project_lock",
+    Order::ById,
+    Column{"user",     kText,    &LockHolder::user    },
+    Column{"computer", kText,    &LockHolder::computer},
+    Column{"process",  kInteger, &LockHolder::process },
+    Column{"since",    kText,    &LockHolder::since   }
+};
+
 /// Calls f(table, list) for every list of the content, what is referred to before what refers to it.
 template <class Content, class F>
 void ForEachTable(Content& content, F&& f) {
@@ -192,14 +301,21 @@ void ForEachTable(Content& content, F&& f) {
     f(kFloorTable, content.floors);
     f(kDrawingTable, content.drawings);
     f(kLayoutTable, content.layouts);
+    f(kAreaTable, content.areas);
+    f(kLeftOutDrawingTable, content.leftOutDrawings);
     f(kZoneTable, content.zones);
     f(kRoomTable, content.rooms);
     f(kSystemTable, content.systems);
     f(kPartGroupTable, content.partGroups);
     f(kPartTypeTable, content.partTypes);
+    f(kFittingSeriesTable, content.fittingSeries);
+    f(kObjectTable, content.objects);
     f(kPropertyGroupTable, content.propertyGroups);
     f(kPropertyTable, content.properties);
     f(kCustomPropertyTable, content.customProperties);
+    f(kReportTemplateTable, content.reportTemplates);
+    f(kReportColumnTable, content.reportTemplates);
+    f(kSelectionTable, content.selections);
 }
 
 }  // namespace ochost

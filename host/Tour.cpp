@@ -10,11 +10,11 @@
 
 #include "host/Console.h"
 #include "host/HostWindow.h"
-#include "host/ProjectGenerator.h"
 #include "host/TourPage.h"
 #include "host/TourSteps.h"
 #include "host/Utf.h"
 #include "host/driver/UiDriver.h"
+#include "host/selection/SampleProject.h"
 
 namespace ochost {
 namespace {
@@ -35,13 +35,13 @@ void UseFreshSettings() {
 }
 
 Result<ProjectStore> OpenProject(const TourOptions& options) {
-    if (!options.project.empty()) return OpenOrGenerateProject(options.project, options.scale);
+    if (!options.project.empty()) return OpenSampleProject(options.project, options.scale);
     const fs::path file = fs::path(options.folder) / kTourProject;
     for (const wchar_t* suffix : {L"", L"-wal", L"-shm"}) {
         std::error_code ignored;
         fs::remove(fs::path(file).concat(suffix), ignored);
     }
-    return OpenOrGenerateProject(file.wstring(), options.scale);
+    return OpenSampleProject(file.wstring(), options.scale);
 }
 
 /// The tour of one language.
@@ -64,11 +64,12 @@ public:
 private:
     Status Show(const DialogEntry& dialog) {
         uidriver::Script script;
-        TourSteps steps(script,
+        TourSteps steps(script, fs::absolute(options_.folder).wstring(),
                         [&](HWND window, const std::wstring& part) { return TakePicture(dialog.name, window, part); });
         dialog.tour(steps);
         script.Start();
         const Outcome outcome = window_.Run(dialog);
+        script.RunToEnd();
         const std::wstring where = std::wstring(dialog.name) + L" in " + language_ + L": ";
         if (!script.Failure().empty()) return Failed(where + ToUtf16(script.Failure()));
         if (!script.Finished()) return Failed(where + L"the dialog closed before its time");

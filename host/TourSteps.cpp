@@ -1,7 +1,9 @@
 #include "host/TourSteps.h"
 
 #include <commctrl.h>
+#include <orvatool/Gw.h>
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -24,17 +26,40 @@ HWND FindControl(HWND dlg, const wchar_t* className, int n) {
                                 ToUtf8(className));
 }
 
-void ClickTree(HWND dlg, const std::wstring& text, bool twice) {
-    const HWND tree = FindControl(dlg, WC_TREEVIEWW, 0);
+/// The dialog of this thread that is not shown; null for none.
+HWND HiddenDialog() {
+    HWND found = nullptr;
+    const auto look = [](HWND window, LPARAM result) -> BOOL {
+        if (IsWindowVisible(window) || !IsOfClass(window, L"#32770")) return TRUE;
+        *reinterpret_cast<HWND*>(result) = window;
+        return FALSE;
+    };
+    EnumThreadWindows(GetCurrentThreadId(), look, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+HTREEITEM TreeItem(HWND tree, const std::wstring& text) {
     const HTREEITEM item = uidriver::FindTreeItem(tree, text);
     if (!item) throw uidriver::ActionError("the tree has no \"" + ToUtf8(text) + "\"");
-    uidriver::ClickTreeItem(tree, item, false, twice);
+    return item;
+}
+
+HTREEITEM TreeRow(HWND tree, int row) {
+    HTREEITEM item = TreeView_GetRoot(tree);
+    while (item && row-- > 0)
+        item = gwTVnext(tree, item);
+    if (!item) throw uidriver::ActionError("the tree has too few rows");
+    return item;
+}
+
+void Check(HWND tree, HTREEITEM item) {
+    if (gwTVgetCheck(tree, item) != kTreeChecked) uidriver::ClickTreeItem(tree, item, true);
 }
 
 }  // namespace
 
-TourSteps::TourSteps(uidriver::Script& script, TakePicture takePicture)
-    : script_(script), takePicture_(std::move(takePicture)) {
+TourSteps::TourSteps(uidriver::Script& script, std::wstring folder, TakePicture takePicture)
+    : script_(script), folder_(std::move(folder)), takePicture_(std::move(takePicture)) {
 }
 
 TourSteps& TourSteps::Add(std::function<void(HWND)> step) {
@@ -62,15 +87,84 @@ TourSteps& TourSteps::Press(const wchar_t* className, int n) {
 }
 
 TourSteps& TourSteps::DoubleClickInTree(const std::wstring& text) {
-    return Add([=](HWND dlg) { ClickTree(dlg, text, true); });
+    return Add([=](HWND dlg) {
+        const HWND tree = FindControl(dlg, WC_TREEVIEWW, 0);
+        uidriver::ClickTreeItem(tree, TreeItem(tree, text), false, true);
+    });
 }
 
-TourSteps& TourSteps::ClickInTree(const std::wstring& text) {
-    return Add([=](HWND dlg) { ClickTree(dlg, text, false); });
+TourSteps& TourSteps::ClickInTree(const std::wstring& text, int n) {
+    return Add([=](HWND dlg) {
+        const HWND tree = FindControl(dlg, WC_TREEVIEWW, n);
+        uidriver::ClickTreeItem(tree, TreeItem(tree, text));
+    });
+}
+
+TourSteps& TourSteps::CheckInTree(const std::wstring& text, int n) {
+    return Add([=](HWND dlg) {
+        const HWND tree = FindControl(dlg, WC_TREEVIEWW, n);
+        Check(tree, TreeItem(tree, text));
+    });
+}
+
+TourSteps& TourSteps::ClickTreeRow(int row, int n) {
+    return Add([=](HWND dlg) {
+        const HWND tree = FindControl(dlg, WC_TREEVIEWW, n);
+        uidriver::ClickTreeItem(tree, TreeRow(tree, row));
+    });
+}
+
+TourSteps& TourSteps::CheckTreeRow(int row, int n) {
+    return Add([=](HWND dlg) {
+        const HWND tree = FindControl(dlg, WC_TREEVIEWW, n);
+        Check(tree, TreeRow(tree, row));
+    });
+}
+
+TourSteps& TourSteps::Choose(int n, const std::wstring& text) {
+    return Add([=](HWND dlg) {
+        const HWND combo = FindControl(dlg, WC_COMBOBOXW, n);
+        const LRESULT wanted =
+            SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text.c_str()));
+        if (wanted == CB_ERR) throw uidriver::ActionError("the list has no \"" + ToUtf8(text) + "\"");
+        SetFocus(combo);
+        for (LRESULT at = SendMessageW(combo, CB_GETCURSEL, 0, 0); at != wanted; at += at < wanted ? 1 : -1)
+            uidriver::Key(at < wanted ? VK_DOWN : VK_UP);
+    });
+}
+
+TourSteps& TourSteps::Focus(const wchar_t* className, int n) {
+    return Add([=](HWND dlg) { SetFocus(FindControl(dlg, className, n)); });
+}
+
+TourSteps& TourSteps::DoubleClickInList(int n, const std::wstring& text) {
+    return Add([=](HWND dlg) {
+        const HWND list = FindControl(dlg, WC_LISTVIEWW, n);
+        const std::vector<std::wstring> rows = uidriver::ListColumn(list, 0);
+        const auto row = std::find(rows.begin(), rows.end(), text);
+        if (row == rows.end()) throw uidriver::ActionError("the list has no \"" + ToUtf8(text) + "\"");
+        uidriver::ClickListRow(list, static_cast<int>(row - rows.begin()), false, true);
+    });
+}
+
+TourSteps& TourSteps::ChooseFile(const std::wstring& path) {
+    return Add([=](HWND dlg) { uidriver::ChooseFile(dlg, path); });
+}
+
+TourSteps& TourSteps::PostToHidden(UINT message, WPARAM wParam, LPARAM lParam) {
+    script_.WaitFor("a hidden dialog", [] { return HiddenDialog() != nullptr; });
+    script_.Then([=] { PostMessageW(HiddenDialog(), message, wParam, lParam); });
+    return *this;
 }
 
 TourSteps& TourSteps::Key(int virtualKey) {
     return Add([=](HWND) { uidriver::Key(virtualKey); });
+}
+
+TourSteps& TourSteps::Keys(int virtualKey, int times) {
+    for (int i = 0; i < times; ++i)
+        Key(virtualKey);
+    return *this;
 }
 
 TourSteps& TourSteps::Picture(const std::wstring& part) {
@@ -81,6 +175,10 @@ TourSteps& TourSteps::Picture(const std::wstring& part) {
 
 TourSteps& TourSteps::Confirm() {
     return Add([](HWND dlg) { uidriver::Click(dlg, IDOK); });
+}
+
+TourSteps& TourSteps::Cancel() {
+    return Add([](HWND dlg) { uidriver::Click(dlg, IDCANCEL); });
 }
 
 }  // namespace ochost

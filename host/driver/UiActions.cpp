@@ -319,6 +319,19 @@ std::vector<std::wstring> ListColumn(HWND list, int column) {
     return texts;
 }
 
+void ChooseFile(HWND dlg, const std::wstring& path) {
+    HWND edit = nullptr;
+    const auto look = [](HWND child, LPARAM result) -> BOOL {
+        if (!IsWindowVisible(child) || ClassName(child) != WC_EDITW) return TRUE;
+        *reinterpret_cast<HWND*>(result) = child;
+        return FALSE;
+    };
+    EnumChildWindows(dlg, look, reinterpret_cast<LPARAM>(&edit));
+    if (!edit) throw ActionError("\"" + Narrow(Text(dlg)) + "\" has no field for a file's name");
+    SetWindowTextW(edit, path.c_str());
+    PostMessageW(dlg, WM_COMMAND, IDOK, 0);
+}
+
 Handles CountHandles() {
     return {CountGdiObjects(), CountMenus(), CountWindows()};
 }

@@ -161,6 +161,14 @@ void Script::Start() {
     State::Running()[state_->timer] = state_;
 }
 
+void Script::RunToEnd() const {
+    MSG message;
+    while (!Finished() && Failure().empty() && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
 bool Script::Finished() const {
     return state_->steps.empty() && state_->failure.empty();
 }

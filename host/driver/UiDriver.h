@@ -41,6 +41,8 @@ public:
     /// Starts the timer. Call just before opening the dialog. When the script fails, every dialog opened since then is
     /// cancelled so that the opening call returns. So is a dialog still open five seconds after the last step.
     void Start();
+    /// Handles messages until the steps have run or failed: for what goes on after the opening call has returned.
+    void RunToEnd() const;
     bool Finished() const;               ///< all steps have run, and none failed
     const std::string& Failure() const;  ///< why the script failed; empty while it has not
 
@@ -74,6 +76,9 @@ void ClickListHeader(HWND list, int column);
 HTREEITEM FindTreeItem(HWND tree, const std::wstring& text);
 /// The texts of a report list's column, top to bottom.
 std::vector<std::wstring> ListColumn(HWND list, int column);
+
+/// Types the path into a file dialog of the system and presses its button.
+void ChooseFile(HWND dlg, const std::wstring& path);
 
 /// Handles in use by this process, for leak checks: GDI objects, menus, windows.
 struct Handles {

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <orvatool/Lng.h>
+#include <orvatool/ObjectSelection.h>
+#include <orvatool/SimpleReport.h>
+
+#include <vector>
+
+#include "host/selection/ProjectIndex.h"
+
+namespace ochost {
+
+/// The drawing as selections refer to it.
+ObjectSelection::DrawingRef RefOf(const ProjectIndex& project, const Drawing& drawing);
+
+/// The objects of the project that the selection asks for, in the project's order, in a time that grows with the
+/// objects and not with the selection. `currentDrawing` is the id of the drawing that the user works on.
+///
+/// All criteria in force must hold; one that names nothing holds always, and so does a drawing, room ... that the
+/// project does not have never. A manual selection selects nothing: the user picks the objects.
+std::vector<const PlacedObject*> SelectedObjects(const ProjectIndex& project, const ObjectSelection::Data& selection,
+                                                 Id currentDrawing);
+
+/// The name under which layouts have model space.
+inline constexpr wchar_t kModelSpace[] = L"Model";
+
+/// The objects as a report to search and to zoom from.
+SimpleReport ReportOf(const ProjectIndex& project, const std::vector<const PlacedObject*>& objects, Lng::AppID app);
+
+}  // namespace ochost

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "BareTree.h"
+#include "PaintAndClose.h"
 #include "Paired.h"
 #include "customproperty_ids.h"
 #include "host/driver/UiDriver.h"
@@ -24,7 +25,6 @@ constexpr int kProperties = 250;
 constexpr int kPerGroup = 25;
 constexpr wchar_t kFormat[] = L"Size {1|mm} x {2|mm}, flow {3}, {4}";
 constexpr int kItems = 8;  // of this format
-constexpr UINT kPaintAndClose = WM_APP + 1;
 
 TREE_INSERTLIST Properties() {
     TREE_INSERTLIST list;
@@ -35,34 +35,6 @@ TREE_INSERTLIST Properties() {
         list.push_back(1, i + 1, Lng::Hpv, ImageLib::Property, name);
     }
     return list;
-}
-
-// The dialog that becomes active is painted at once and closed by Cancel, in the same way for both.
-HWND watcher = nullptr;
-
-LRESULT CALLBACK WatchProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message != kPaintAndClose) return DefWindowProcW(window, message, wParam, lParam);
-    const HWND dlg = reinterpret_cast<HWND>(wParam);
-    RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0);
-    return 0;
-}
-
-LRESULT CALLBACK ActivationHook(int code, WPARAM wParam, LPARAM lParam) {
-    wchar_t name[32];
-    if (code == HCBT_ACTIVATE && GetClassNameW(reinterpret_cast<HWND>(wParam), name, 32) &&
-        !lstrcmpW(name, L"#32770")) {
-        PostMessageW(watcher, kPaintAndClose, wParam, 0);
-    }
-    return CallNextHookEx(nullptr, code, wParam, lParam);
-}
-
-void Watch() {
-    if (watcher) return;
-    SetProductKey(L"Software\\OrvaCADBench");
-    watcher = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    SetWindowLongPtrW(watcher, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WatchProcedure));
-    SetWindowsHookExW(WH_CBT, ActivationHook, nullptr, GetCurrentThreadId());
 }
 
 INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
@@ -106,7 +78,8 @@ INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lPa
 class Opening {
 public:
     Opening() {
-        Watch();
+        SetProductKey(L"Software\\OrvaCADBench");
+        PaintAndCloseDialogs();
         data_.name = L"Size and flow";
         data_.format = kFormat;
     }

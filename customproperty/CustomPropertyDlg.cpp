@@ -9,6 +9,7 @@
 #include <limits>
 #include <utility>
 
+#include "CommonTexts.h"
 #include "DialogTables.h"
 #include "EditCopy.h"
 #include "customproperty_ids.h"
@@ -23,23 +24,26 @@ constexpr wchar_t kIllegalInConstant[] = L"{}|";
 constexpr TextRow kTexts[] = {
     {kCaption,                        kLibraryTexts, 25901, L"Custom property"     },
     {IDC_CUSTOMPROPERTY_NAME_LBL,     kLibraryTexts, 25902, L"Name"                },
-    {IDC_CUSTOMPROPERTY_SEARCH_LBL,   kLibraryTexts, 25912, L"Search"              },
     {IDC_CUSTOMPROPERTY_TREE_LBL,     kLibraryTexts, 25903, L"Available properties"},
-    {IDC_CUSTOMPROPERTY_ADD,          kLibraryTexts, 25905, L"Add >"               },
     {IDC_CUSTOMPROPERTY_ADD_CONSTANT, kLibraryTexts, 25906, L"Add constant..."     },
-    {IDC_CUSTOMPROPERTY_EDIT,         kLibraryTexts, 25907, L"Edit..."             },
-    {IDC_CUSTOMPROPERTY_REMOVE,       kLibraryTexts, 25908, L"Remove"              },
-    {IDC_CUSTOMPROPERTY_UP,           kLibraryTexts, 25909, L"Up"                  },
-    {IDC_CUSTOMPROPERTY_DOWN,         kLibraryTexts, 25910, L"Down"                },
     {IDC_CUSTOMPROPERTY_LIST_LBL,     kLibraryTexts, 25904, L"Selected attributes" },
     {IDC_CUSTOMPROPERTY_PREVIEW_LBL,  kLibraryTexts, 25911, L"Preview"             },
-    {IDOK,                            kSharedTexts,  90001, L"OK"                  },
-    {IDCANCEL,                        kSharedTexts,  90002, L"Cancel"              },
+};
+
+constexpr TextRow kCommonTexts[] = {
+    SearchText(IDC_CUSTOMPROPERTY_SEARCH_LBL),
+    AddText(IDC_CUSTOMPROPERTY_ADD),
+    EditText(IDC_CUSTOMPROPERTY_EDIT),
+    RemoveText(IDC_CUSTOMPROPERTY_REMOVE),
+    UpText(IDC_CUSTOMPROPERTY_UP),
+    DownText(IDC_CUSTOMPROPERTY_DOWN),
+    kOkText,
+    kCancelText,
 };
 
 constexpr ColumnRow kColumns[] = {
-    {kLibraryTexts, 25913, L"Property",   140, LVCFMT_LEFT},
-    {kLibraryTexts, 25914, L"Parameters", 80,  LVCFMT_LEFT},
+    PropertyColumn(140),
+    {kLibraryTexts, 25914, L"Parameters", 80, LVCFMT_LEFT},
 };
 constexpr int kParametersColumn = 1;
 
@@ -85,7 +89,8 @@ constexpr int kListMenu[] = {
 };
 constexpr int kTreeMenu[] = {IDC_CUSTOMPROPERTY_ADD};
 
-static_assert(Distinct(kTexts) && Distinct(kAnchors) && Distinct(kFields) && Distinct(kCommands));
+static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kAnchors) && Distinct(kFields) &&
+              Distinct(kCommands));
 
 bool IsProperty(const TREE_INSERTITEM& row) {
     return row.value >= 1 && row.value <= std::numeric_limits<long>::max();
@@ -216,6 +221,7 @@ void CustomPropertyDlg::OnOk() {
 void CustomPropertyDlg::SetLanguage() {
     OCDialog::SetLanguage();
     ApplyTexts(*this, kTexts, app_);
+    ApplyTexts(*this, kCommonTexts, app_);
     ApplyColumnTexts(list_, kColumns);
 }
 
@@ -322,9 +328,7 @@ const TREE_INSERTITEM* CustomPropertyDlg::Property(long id) const {
 ustr CustomPropertyDlg::TextOf(const Item& item) const {
     if (item.IsText()) return item.text;
     if (const TREE_INSERTITEM* property = Property(item.id)) return property->text;
-    ustr unknown;
-    unknown.format(Lng::text(kLibraryTexts, 25918, L"Unknown property %d").c_str(), item.id);
-    return unknown;
+    return UnknownPropertyText(static_cast<int>(item.id));
 }
 
 bool CustomPropertyDlg::AskConstant(ustr& text) {

@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -17,15 +18,21 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*);
 namespace {
 
 struct Note {
+    struct Fault {
+        bool throwsOnCopy = false;
+
+        Fault() = default;
+        Fault(const Fault& other) : throwsOnCopy(other.throwsOnCopy) {
+            if (throwsOnCopy) throw std::runtime_error("copy");
+        }
+        Fault& operator=(const Fault&) = default;
+    };
+
     ustr_pre<8> name = L"Name";
     ustr text = L"Text";
-    bool throwsOnCopy = false;
-
-    Note() = default;
-    Note(const Note& other) : name(other.name), text(other.text), throwsOnCopy(other.throwsOnCopy) {
-        if (throwsOnCopy) throw std::runtime_error("copy");
-    }
-    Note& operator=(const Note&) = default;
+    wchar_t code[5] = {L'A', L'B', L'\0', L'x'};
+    bool done = true;
+    Fault fault;
 };
 
 constexpr int kNoSuchControl = 999;
@@ -40,6 +47,8 @@ constexpr TextRow kTexts[] = {
 constexpr FieldRow<Note> kFields[] = {
     {IDC_FRAME_NOTE, kField<&Note::text>, kAny                                  },
     {IDC_FRAME_NAME, kField<&Note::name>, Rule{.maxChars = 10, .required = true}},
+    {IDC_FRAME_CODE, kField<&Note::code>, kAny                                  },
+    {IDC_FRAME_DONE, kField<&Note::done>, kAny                                  },
 };
 
 /// Which table of the dialog names a control that the template lacks.
@@ -162,6 +171,26 @@ TEST_F(FrameTest, TextsAreLimitedToTheirRule) {
     EXPECT_EQ(note_.name, L"123456789") << "half a surrogate pair must not stay";
 }
 
+TEST_F(FrameTest, FixedTextsAndFlagsGoToTheirControlsAndBack) {
+    const auto bytes = [this] { return std::wstring(note_.code, std::size(note_.code)); };
+    EXPECT_TRUE(Edit([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(uidriver::Control(dlg, IDC_FRAME_CODE)), L"AB");
+        EXPECT_EQ(SendMessageW(uidriver::Control(dlg, IDC_FRAME_CODE), EM_GETLIMITTEXT, 0, 0), 4);
+        EXPECT_EQ(IsDlgButtonChecked(dlg, IDC_FRAME_DONE), static_cast<UINT>(BST_CHECKED));
+        uidriver::Click(dlg, IDOK);
+    }));
+    EXPECT_EQ(bytes(), std::wstring(L"AB\0x\0", 5)) << "a text that stays is as it was, byte for byte";
+    EXPECT_TRUE(note_.done);
+
+    EXPECT_TRUE(Edit([](HWND dlg) {
+        SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_CODE), L"abc\xD83D\xDE00");
+        uidriver::Click(dlg, IDC_FRAME_DONE);
+        uidriver::Click(dlg, IDOK);
+    }));
+    EXPECT_EQ(bytes(), std::wstring(L"abc\0\0", 5)) << "half a surrogate pair must not stay";
+    EXPECT_FALSE(note_.done);
+}
+
 TEST_F(FrameTest, ACommandThatCannotRunDoesNot) {
     note_.text = L"";
     EXPECT_TRUE(Edit([](HWND dlg) {
@@ -181,7 +210,7 @@ TEST_F(FrameTest, ATemplateThatLacksANamedControlDoesNotOpen) {
 }
 
 TEST_F(FrameTest, NothingIsThrownToTheCaller) {
-    note_.throwsOnCopy = true;
+    note_.fault.throwsOnCopy = true;
     EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, Lack::None));
     EXPECT_EQ(note_.text, L"Text");
 }

@@ -3,28 +3,39 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <objidl.h>
+#include <occommonui/ReportTemplate.h>
 #include <orvatool/InterApp.h>
 #include <orvatool/Lng.h>
+#include <shellapi.h>
 
 #include <gdiplus.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/DialogCatalog.h"
 #include "host/HostWindow.h"
 #include "host/ProjectGenerator.h"
 #include "host/ProjectStore.h"
+#include "host/ReportDefinitions.h"
 #include "host/TourPage.h"
 #include "host/Utf.h"
 #include "host/driver/UiDriver.h"
 #include "host/host_ids.h"
+#include "host/selection/SampleProject.h"
+#include "host/selection/SelectionCallback.h"
+#include "resources/objectselection_ids.h"
+#include "resources/project_ids.h"
+#include "resources/report_ids.h"
+#include "support/FullReport.h"
 
 namespace {
 
@@ -139,7 +150,6 @@ std::set<std::string> Pictures(const fs::path& folder) {
 }
 
 /// How many colours a grid of points of the picture shows; 0 for a file that is no picture.
-/// picture.
 std::size_t ColoursOf(const fs::path& file) {
     ULONG_PTR token = 0;
     const Gdiplus::GdiplusStartupInput input;
@@ -283,7 +293,7 @@ std::vector<std::wstring> ShownDialogs(HWND window) {
 
 class HostWindowTest : public HostTest {
 protected:
-    HostWindowTest() : project_(*ochost::OpenOrGenerateProject(In(L"office.ocproject").wstring(), 1)) {
+    HostWindowTest() : project_(*ochost::OpenSampleProject(In(L"office.ocproject").wstring(), 1)) {
         SetProductKey(kSettings);
         Lng::SetLanguage(L"en");
         window_ = std::make_unique<ochost::HostWindow>(project_);
@@ -301,6 +311,16 @@ protected:
         window_->RunUntilClosed();
         EXPECT_TRUE(script.Finished()) << script.Failure();
     }
+    /// Opens the window and in it the dialog of that name, which the script drives to its end.
+    ochost::Outcome Run(const wchar_t* dialog, uidriver::Script& script) {
+        EXPECT_TRUE(window_->hWnd() || window_->Open());
+        script.Start();
+        const ochost::Outcome outcome = window_->Run(*ochost::FindDialog(dialog));
+        script.RunToEnd();
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+        return outcome;
+    }
+    bool LogHas(const std::wstring& text) const { return TextOf(IDC_HOST_LOG).find(text) != std::wstring::npos; }
     std::wstring TextOf(int ctrlId) const { return uidriver::Text(uidriver::Control(window_->hWnd(), ctrlId)); }
 
     static constexpr wchar_t kSettings[] = L"Software\\OrvaCAD\\HostTest";
@@ -369,6 +389,399 @@ TEST_F(HostWindowTest, ChangesItsLanguageWhileItIsOpen) {
     // It is the user's own setting from now on.
     Lng::SetLanguage(nullptr);
     EXPECT_EQ(Lng::GetLanguage(), Lng::kPseudoLanguage);
+}
+
+// ---- reports ----
+
+TEST(ReportDefinitions, KeepEverythingBothWays) {
+    const ReportDefinitionType full = FullDefinition();
+    const ochost::ReportTemplate record = ochost::ToRecord(full, Lng::Schematics, TextBlock);
+    EXPECT_EQ(record.app, Lng::Schematics);
+    EXPECT_EQ(record.type, TextBlock);
+    EXPECT_TRUE(Same(ochost::ToDefinition(record), full));
+    const auto project = ochost::GenerateProject(1);
+    for (const ochost::ReportTemplate& sample : project->reportTemplates) {
+        EXPECT_TRUE(ochost::ToRecord(ochost::ToDefinition(sample), sample.app, sample.type) == sample) << sample.id;
+    }
+}
+
+TEST(ReportDefinitions, WhatExceedsTheirLimitsIsCut) {
+    ochost::ReportTemplate large;
+    large.name = std::wstring(50, L'n');
+    large.groups.resize(201, 7);
+    large.columns.resize(201);
+    large.columns[199].property = 199;
+    const ReportDefinitionType definition = ochost::ToDefinition(large);
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition), std::wstring(40, L'n'));
+    EXPECT_EQ(definition.groupCount, 200);
+    EXPECT_EQ(definition.columnCount, 200);
+    EXPECT_TRUE(definition.hasPropId(199));
+}
+
+void PressOk() {
+    uidriver::Click(uidriver::TopDialog(), IDOK);
+}
+
+class ReportDialogs : public HostWindowTest {
+protected:
+    std::vector<ochost::ReportTemplate> Templates() const { return *project_.ReportTemplates(); }
+    std::wstring ExchangeFile() const { return In(L"templates.xml").wstring(); }
+
+    /// Confirms the question that comes next.
+    static void Confirm(uidriver::Script& script) {
+        script.WithNewDialog([](HWND question) { uidriver::Click(question, IDOK); });
+    }
+    /// Exports or imports the kind that is proposed: the bills of materials of the first application.
+    ochost::Outcome Exchange(const wchar_t* dialog) {
+        uidriver::Script script;
+        Confirm(script);
+        script.WithNewDialog([&](HWND files) { uidriver::ChooseFile(files, ExchangeFile()); });
+        return Run(dialog, script);
+    }
+};
+
+TEST_F(ReportDialogs, ATemplateIsEditedAndStored) {
+    auto expected = Templates();
+    uidriver::Script script;
+    Confirm(script);
+    script
+        .WithNewDialog([&](HWND dlg) {
+            EXPECT_EQ(uidriver::Text(uidriver::Control(dlg, IDC_REPORTTEMPLATE_NAME)), expected.front().name);
+            uidriver::SetText(dlg, IDC_REPORTTEMPLATE_NAME, L"Ducts by system");
+        })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"report-template-edit", script), ochost::Outcome::Confirmed);
+    expected.front().name = L"Ducts by system";
+    EXPECT_TRUE(Templates() == expected);
+    EXPECT_NE(TextOf(IDC_HOST_BEFORE).find(L"Duct list"), std::wstring::npos);
+    EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L"Ducts by system"), std::wstring::npos);
+}
+
+TEST_F(ReportDialogs, TheTemplateDialogOffersTheProjectsPartsAndProperties) {
+    uidriver::Script script;
+    Confirm(script);
+    script.WithNewDialog([&](HWND dlg) {
+        const HWND tree = uidriver::Control(dlg, IDC_REPORTTEMPLATE_OBJECTS);
+        EXPECT_EQ(static_cast<std::size_t>(TreeView_GetCount(tree)),
+                  project_.PartGroups()->size() + project_.PartTypes()->size());
+        const auto offered = uidriver::ListColumn(uidriver::Control(dlg, IDC_REPORTTEMPLATE_ATTRIBUTES), 0);
+        EXPECT_EQ(offered.size(), project_.Properties()->size() + project_.CustomProperties()->size());
+        const auto columns = uidriver::ListColumn(uidriver::Control(dlg, IDC_REPORTTEMPLATE_COLUMNS), 0);
+        EXPECT_EQ(columns.size(), Templates().front().columns.size());
+        EXPECT_EQ(columns.front(), L"System code");
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    const auto before = Templates();
+    EXPECT_EQ(Run(L"report-template-edit", script), ochost::Outcome::Cancelled);
+    EXPECT_TRUE(Templates() == before);
+}
+
+TEST_F(ReportDialogs, ANewTemplateIsOfTheKindThatWasChosen) {
+    const auto before = Templates();
+    uidriver::Script script;
+    script.WithNewDialog([](HWND) { uidriver::Type(L"automation export"); })
+        .Then(PressOk)
+        .WithNewDialog([](HWND dlg) { uidriver::SetText(dlg, IDC_REPORTTEMPLATE_NAME, L"Points"); })
+        .Then([] {
+            const HWND list = uidriver::Control(uidriver::TopDialog(), IDC_REPORTTEMPLATE_ATTRIBUTES);
+            uidriver::ClickListRow(list, 0, false, true);
+        })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"report-template-new", script), ochost::Outcome::Confirmed);
+    const auto after = Templates();
+    ASSERT_EQ(after.size(), before.size() + 1);
+    EXPECT_EQ(after.back().app, Lng::Automation);
+    EXPECT_EQ(after.back().type, ExportReport);
+    EXPECT_EQ(after.back().name, L"Points");
+    ASSERT_EQ(after.back().columns.size(), 1u);
+    EXPECT_EQ(after.back().columns.front().property, 1);
+}
+
+TEST_F(ReportDialogs, AColumnIsEditedAndStored) {
+    auto expected = Templates();
+    uidriver::Script script;
+    Confirm(script);
+    Confirm(script);
+    script
+        .WithNewDialog([](HWND dlg) {
+            EXPECT_EQ(uidriver::Text(uidriver::Control(dlg, IDC_REPORTCOLUMN_PROPERTY)), L"System code");
+            uidriver::SetText(dlg, IDC_REPORTCOLUMN_WIDTH, L"31");
+        })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"report-column", script), ochost::Outcome::Confirmed);
+    expected.front().columns.front().width = 31;
+    EXPECT_TRUE(Templates() == expected);
+    EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L"width 31,"), std::wstring::npos);
+}
+
+TEST_F(ReportDialogs, ExportedTemplatesAreImportedAsNewOnes) {
+    auto expected = Templates();
+    const auto isBill = [](const auto& record) { return record.app == Lng::Hpv && record.type == BillOfMaterials; };
+    const auto bills = static_cast<std::size_t>(std::count_if(expected.begin(), expected.end(), isBill));
+    EXPECT_EQ(Exchange(L"report-template-export"), ochost::Outcome::Confirmed);
+    EXPECT_TRUE(Templates() == expected);
+    EXPECT_TRUE(LogHas(L"exported " + std::to_wstring(bills)));
+
+    EXPECT_EQ(Exchange(L"report-template-import"), ochost::Outcome::Confirmed);
+    auto stored = Templates();
+    ASSERT_EQ(stored.size(), expected.size() + bills);
+    const auto copies = expected;
+    std::copy_if(copies.begin(), copies.end(), std::back_inserter(expected), isBill);
+    for (std::size_t i = 0; i < stored.size(); ++i)
+        expected[i].id = static_cast<std::int32_t>(i + 1);
+    EXPECT_TRUE(stored == expected);
+    EXPECT_TRUE(LogHas(L"imported " + std::to_wstring(bills)));
+}
+
+TEST_F(ReportDialogs, AFileThatIsNoneIsNotImported) {
+    std::ofstream(In(L"templates.xml")) << "<SymbolLegendTemplates><SymbolLegendTemplate appId='1' typeId='1'/>";
+    const auto before = Templates();
+    uidriver::Script script;
+    Confirm(script);
+    script.WithNewDialog([&](HWND files) { uidriver::ChooseFile(files, ExchangeFile()); })
+        .WithNewDialog([](HWND message) { uidriver::Click(message, IDOK); });
+    EXPECT_EQ(Run(L"report-template-import", script), ochost::Outcome::Cancelled);
+    EXPECT_TRUE(Templates() == before);
+}
+
+/// The list of a report, which is its only one.
+HWND ListOf(HWND report) {
+    return FindWindowExW(report, nullptr, WC_LISTVIEWW, nullptr);
+}
+
+TEST_F(ReportDialogs, TheWarningReportShowsAllAndZoomsToTheirObjects) {
+    uidriver::Script script;
+    script
+        .WithNewDialog([](HWND report) {
+            EXPECT_EQ(ListView_GetItemCount(ListOf(report)), 500);
+            const auto categories = uidriver::ListColumn(ListOf(report), 0);
+            EXPECT_EQ(std::set(categories.begin(), categories.end()).size(), 6u);
+            uidriver::ClickListRow(ListOf(report), 1, false, true);
+        })
+        .WaitFor("the zoom", [&] { return LogHas(L"zoom to"); })
+        .Then([] { uidriver::Click(uidriver::TopDialog(), IDCANCEL); });
+    EXPECT_EQ(Run(L"warning-report", script), ochost::Outcome::Confirmed);
+    EXPECT_TRUE(LogHas(In(L"Building A\\Ventilation\\").wstring())) << "the drawing's path";
+    EXPECT_TRUE(LogHas(L".dwg, object 2A06, point 4980.0 2820.0 2600.0"));
+}
+
+HWND HiddenDialog() {
+    HWND found = nullptr;
+    const auto look = [](HWND window, LPARAM result) -> BOOL {
+        wchar_t name[16] = L"";
+        GetClassNameW(window, name, static_cast<int>(std::size(name)));
+        if (IsWindowVisible(window) || std::wstring_view(name) != L"#32770") return TRUE;
+        *reinterpret_cast<HWND*>(result) = window;
+        return FALSE;
+    };
+    EnumThreadWindows(GetCurrentThreadId(), look, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+TEST_F(ReportDialogs, AClickOnTheBalloonShowsTheWarnings) {
+    constexpr UINT kTrayMessage = 33768;
+    uidriver::Script script;
+    HWND report = nullptr;
+    script.WaitFor("the hidden report", [&] { return (report = HiddenDialog()) != nullptr; })
+        .Then([&] { PostMessageW(report, kTrayMessage, 0, MAKELPARAM(NIN_BALLOONUSERCLICK, 0)); })
+        .WithNewDialog([&](HWND shown) {
+            EXPECT_EQ(shown, report);
+            EXPECT_EQ(ListView_GetItemCount(ListOf(shown)), 500);
+            EXPECT_TRUE(IsWindowEnabled(window_->hWnd())) << "the host goes on";
+            uidriver::Click(shown, IDCANCEL);
+        })
+        .WaitFor("the report to close", [&] { return !IsWindow(report); });
+    EXPECT_EQ(Run(L"warning-notification", script), ochost::Outcome::Confirmed);
+}
+
+TEST_F(ReportDialogs, TheBalloonNeedsAWindowToReturnTo) {
+    const ProcessResult alone =
+        Start({L"--project", In(L"alone.ocproject").wstring(), L"--dialog", L"warning-notification"});
+    EXPECT_EQ(alone.exitCode, 1u);
+    EXPECT_TRUE(Contains(alone.out, "needs the host's window")) << alone.out << alone.error;
+}
+
+// ---- object selections ----
+
+class SelectionDialogs : public HostWindowTest {
+protected:
+    ObjectSelection::Data Last() { return ochost::SelectionStore(project_, Lng::Hpv).Last(); }
+    std::vector<ochost::StoredSelection> Selections() const { return *project_.Selections(); }
+
+    static HWND Categories(HWND dlg) { return uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES); }
+    /// Turns a category on and shows its items.
+    static void UseCategory(const wchar_t* category) {
+        const HWND tree = Categories(uidriver::TopDialog());
+        const HTREEITEM item = uidriver::FindTreeItem(tree, category);
+        ASSERT_TRUE(item);
+        uidriver::ClickTreeItem(tree, item);
+        uidriver::ClickTreeItem(tree, item, true);
+    }
+    /// The tree of items that is shown.
+    static HWND Items(HWND dlg) {
+        HWND tree = nullptr;
+        while ((tree = FindWindowExW(dlg, tree, WC_TREEVIEWW, nullptr)) != nullptr) {
+            if (tree != Categories(dlg) && IsWindowVisible(tree)) return tree;
+        }
+        throw uidriver::ActionError("no items are shown");
+    }
+    static void CheckItem(const wchar_t* text) {
+        const HWND tree = Items(uidriver::TopDialog());
+        uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, text), true);
+    }
+    static void ChooseInCombo(int ctrlId, const wchar_t* text) {
+        const HWND combo = uidriver::Control(uidriver::TopDialog(), ctrlId);
+        const LRESULT wanted =
+            SendMessageW(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text));
+        ASSERT_GE(wanted, 0);
+        SetFocus(combo);
+        for (LRESULT at = SendMessageW(combo, CB_GETCURSEL, 0, 0); at < wanted; ++at)
+            uidriver::Key(VK_DOWN);
+    }
+    std::vector<std::int32_t> RoomsOfFloor(const wchar_t* code) const {
+        std::vector<std::int32_t> ids;
+        const auto floors = *project_.Floors();
+        const auto rooms = *project_.Rooms();
+        for (const ochost::Room& room : rooms) {
+            if (floors[static_cast<std::size_t>(room.floor - 1)].code == code) {
+                ids.push_back(static_cast<std::int32_t>(room.id));
+            }
+        }
+        return ids;
+    }
+};
+
+TEST_F(SelectionDialogs, CriteriaThatTheUserChoosesAreStoredAndEvaluated) {
+    uidriver::Script script;
+    script.WithNewDialog([](HWND dlg) { uidriver::Click(dlg, IDC_OBJSEL_SELECTED); })
+        .Then([] { UseCategory(L"Rooms"); })
+        .Then([] { CheckItem(L"4th floor"); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"selection-edit", script), ochost::Outcome::Confirmed);
+    const ObjectSelection::Data data = Last();
+    EXPECT_TRUE(data.bySelectionSet && data.useRooms && !data.currentDrawing);
+    EXPECT_EQ(data.modelDrawings.size(), project_.Drawings()->size()) << "all, since none was chosen";
+    auto rooms = data.rooms;
+    std::sort(rooms.begin(), rooms.end());
+    EXPECT_EQ(rooms, RoomsOfFloor(L"4"));
+    EXPECT_TRUE(LogHas(L" objects"));
+    EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L"rooms = "), std::wstring::npos);
+}
+
+TEST_F(SelectionDialogs, CancelStoresNothing) {
+    const auto before = Selections();
+    for (const wchar_t* dialog : {L"selection-edit", L"selection-edit-schematics", L"selection-configurations",
+                                  L"selection-rule", L"selection-command", L"update-dwg"}) {
+        uidriver::Script script;
+        script.WithNewDialog([](HWND dlg) { uidriver::Click(dlg, IDCANCEL); });
+        EXPECT_EQ(Run(dialog, script), ochost::Outcome::Cancelled) << ochost::ToUtf8(dialog);
+    }
+    EXPECT_TRUE(Selections() == before);
+    EXPECT_TRUE(LogHas(L"locked the project"));
+    EXPECT_TRUE(project_.Lock()) << "it was released";
+}
+
+TEST_F(SelectionDialogs, AConfigurationIsLoadedAndSavedUnderANewName) {
+    const auto before = Selections();
+    uidriver::Script script;
+    script.WithNewDialog([](HWND) { ChooseInCombo(IDC_OBJSEL_CONFIGURATION, L"Large ducts"); })
+        .Then([] { uidriver::Click(uidriver::TopDialog(), IDC_OBJSEL_SAVE_AS); })
+        .WithNewDialog([](HWND) { uidriver::Type(L"Larger ducts"); })
+        .Then(PressOk)
+        .WaitFor("the name to be taken", [] { return IsWindow(GetDlgItem(uidriver::TopDialog(), IDC_OBJSEL_SAVE)); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"selection-configurations", script), ochost::Outcome::Confirmed);
+    auto after = Selections();
+    ASSERT_EQ(after.size(), before.size() + 2) << "the copy, and the criteria used last";
+    const auto original =
+        std::find_if(after.begin(), after.end(), [](const auto& s) { return s.name == L"Large ducts"; });
+    EXPECT_EQ(after[before.size()].name, L"Larger ducts");
+    EXPECT_EQ(after[before.size()].data, original->data);
+    EXPECT_EQ(after.back().data, original->data);
+}
+
+TEST_F(SelectionDialogs, AProjectThatAnotherHoldsIsNotEdited) {
+    const auto other = ochost::ProjectStore::Open(project_.Path());
+    auto& holder = const_cast<ochost::ProjectStore&>(*other);
+    const auto lock = holder.Lock();
+    ASSERT_TRUE(lock);
+    uidriver::Script script;
+    script.WithNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
+    EXPECT_EQ(Run(L"selection-configurations", script), ochost::Outcome::Cancelled);
+    EXPECT_TRUE(LogHas(L"is being edited by"));
+}
+
+TEST_F(SelectionDialogs, ANamedSelectionIsEditedInPlace) {
+    auto expected = Selections();
+    uidriver::Script script;
+    script.WithNewDialog([](HWND question) { uidriver::Click(question, IDOK); })
+        .WithNewDialog([](HWND dlg) { uidriver::SetText(dlg, IDC_OBJSEL_NAME, L"Meetings"); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"selection-record", script), ochost::Outcome::Confirmed);
+    expected.front().name = L"Meetings";
+    EXPECT_TRUE(Selections() == expected) << "its criteria as they were";
+}
+
+TEST_F(SelectionDialogs, ARuleIsEditedAndJoinsTheCriteria) {
+    uidriver::Script script;
+    script
+        .WithNewDialog([](HWND dlg) {
+            const HWND tree = uidriver::Control(dlg, IDC_OBJSELPROP_PROPERTIES);
+            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Air flow"));
+        })
+        .Then([] { uidriver::SetText(uidriver::TopDialog(), IDC_OBJSELPROP_VALUE, L"45"); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"selection-rule", script), ochost::Outcome::Confirmed);
+    const ObjectSelection::Data data = Last();
+    ASSERT_EQ(data.filterRules.size(), 1u);
+    EXPECT_EQ(data.filterRules[0].propId, 99);
+    ASSERT_EQ(data.filterRules[0].criteria.size(), 1u);
+    EXPECT_EQ(data.filterRules[0].criteria[0].value, L"45");
+}
+
+TEST_F(SelectionDialogs, TheCommandShowsTheObjectsOfTheCurrentDrawingInAReport) {
+    const auto drawings = *project_.Drawings();
+    std::int64_t expected = 0;
+    const auto objects = *project_.Objects();
+    for (const ochost::PlacedObject& object : objects)
+        expected += drawings[static_cast<std::size_t>(object.drawing - 1)].fileName == L"V-A04.dwg";
+    uidriver::Script script;
+    script.WithNewDialog([](HWND) { PressOk(); })
+        .WithNewDialog([&](HWND report) {
+            EXPECT_EQ(ListView_GetItemCount(ListOf(report)), expected);
+            uidriver::ClickListRow(ListOf(report), 0, false, true);
+        })
+        .WaitFor("the zoom", [&] { return LogHas(L"zoom to"); })
+        .Then([] { uidriver::Click(uidriver::TopDialog(), IDCANCEL); });
+    EXPECT_EQ(Run(L"selection-command", script), ochost::Outcome::Confirmed);
+    EXPECT_TRUE(LogHas(L"selected " + std::to_wstring(expected) + L" of "));
+    EXPECT_TRUE(LogHas(L"V-A04.dwg, object "));
+
+    uidriver::Script select;
+    select.WithNewDialog([](HWND dlg) { uidriver::Click(dlg, IDC_OBJSELCMD_SELECT); }).Then(PressOk);
+    EXPECT_EQ(Run(L"selection-command", select), ochost::Outcome::Confirmed) << "without a report";
+}
+
+TEST_F(SelectionDialogs, AStoredSetOfUpdateOptionsIsChosenAndApplied) {
+    uidriver::Script script;
+    script.WithNewDialog([](HWND) { ChooseInCombo(IDC_UPDATEDWGDATA_SET, L"Air flows and sizes"); }).Then(PressOk);
+    EXPECT_EQ(Run(L"update-dwg", script), ochost::Outcome::Confirmed);
+    EXPECT_TRUE(LogHas(L"updated 6 properties of "));
+    EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L"properties = \"55, 56, 58, 99, 103, 107\""), std::wstring::npos);
+}
+
+TEST_F(SelectionDialogs, WhatComesFromRoomsIsNotUpdatedInObjectsPickedByHand) {
+    uidriver::Script script;
+    script
+        .WithNewDialog([](HWND dlg) {
+            EXPECT_TRUE(IsWindowEnabled(uidriver::Control(dlg, IDC_UPDATEDWGDATA_MANUAL)));
+            const HWND tree = uidriver::Control(dlg, IDC_UPDATEDWGDATA_ITEMS);
+            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Room number"), true);
+        })
+        .Then([] { EXPECT_FALSE(IsWindowEnabled(uidriver::Control(uidriver::TopDialog(), IDC_UPDATEDWGDATA_MANUAL))); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"update-dwg", script), ochost::Outcome::Confirmed);
+    EXPECT_TRUE(LogHas(L"updated 1 properties of "));
 }
 
 }  // namespace

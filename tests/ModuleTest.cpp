@@ -4,12 +4,19 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <string>
 
 namespace {
 
 constexpr wchar_t kModule[] = L"occommonui.dll";
+
+// What the decorated names of a family's operations hold.
+constexpr const char* kFamilies[] = {
+    "14CustomProperty", "20ReportDefinitionType", "13ReportOptions", "12ReportFilter",
+    "14ReportTemplate", "13WarningReport",        "13UpdateDwgData",
+};
 
 using Handshake = int (*)(int);
 
@@ -47,15 +54,35 @@ TEST(Module, ExportsItsInterfaceAndNothingElse) {
     const HMODULE module = LoadLibraryW(kModule);
     ASSERT_NE(module, nullptr);
     const std::set<std::string> names = ExportedNames(module);
-    for (const std::string& name : names) {
-        const bool own = name == "occommonui_version_nmb" || name.find("14CustomProperty") != std::string::npos;
-        EXPECT_TRUE(own) << name;
-    }
+    const auto isOwn = [](const std::string& name) {
+        const auto has = [&](const char* family) { return name.find(family) != std::string::npos; };
+        return name == "occommonui_version_nmb" || std::any_of(std::begin(kFamilies), std::end(kFamilies), has);
+    };
+    for (const std::string& name : names)
+        EXPECT_TRUE(isOwn(name)) << name;
     // By the piece of the decorated name that says which operation it is.
     for (const char* piece :
          {"Format5Parse", "Format5Build", "Format4ItemC1Ev", "Format4ItemC1EOS1_", "Format4ItemaSERKS1_",
           "Format4ItemD1", "Item6IsText", "4DataC1ERKS0_", "4DataaSEOS0_", "4DataD1", "4Data6PropId", "12IsMyProperty",
-          "4FindE", "13FindBestMatch", "3Dlg7Options"}) {
+          "4FindE", "13FindBestMatch", "3Dlg7Options",
+          // Reports.
+          "20ReportDefinitionType9hasPropIdEs", "20ReportDefinitionType5ToXmlERN5ticpp7Element",
+          "20ReportDefinitionType5ToXmlERNSt7__cxx1112basic_stringIcS",
+          "20ReportDefinitionType5ToXmlERNSt7__cxx1112basic_stringIwS",
+          "20ReportDefinitionType7FromXmlERKN5ticpp7Element", "20ReportDefinitionType7FromXmlEPKc",
+          "20ReportDefinitionType7FromXmlEPKw", "13ReportOptions5ToXmlERN5ticpp7Element",
+          "13ReportOptions7FromXmlERKN5ticpp7Element", "12ReportFilterC1Ev", "12ReportFilterC1ERKS_",
+          "12ReportFilterC1EOS_", "12ReportFilteraSERKS_", "12ReportFilteraSEOS_", "12ReportFilterD1Ev",
+          "12ReportFilter5resetEb", "12ReportFilter5ToXmlERN5ticpp7Element",
+          "12ReportFilter5ToXmlERNSt7__cxx1112basic_stringIcS", "12ReportFilter5ToXmlERNSt7__cxx1112basic_stringIwS",
+          "12ReportFilter7FromXmlERKN5ticpp7Element", "12ReportFilter7FromXmlEPKc", "12ReportFilter7FromXmlEPKw",
+          "12ReportFilter20ReportOutputTypeNameE", "12ReportFilter29ReportOutputTypeFileExtensionE",
+          "12ReportFilter22IsTextReportOutputTypeE", "12ReportFilter21GetReportConfBaseNameE",
+          "12ReportFilter19GetOutputTypeValuesE", "12ReportFilter13AlignmentNameEb", "14ReportTemplate4EditE",
+          "14ReportTemplate10EditColumnE", "14ReportTemplate11ExportToXmlE", "14ReportTemplate13ImportFromXmlE",
+          "14ReportTemplate14IsInstanceAttrEi", "14ReportTemplate7ContextC1ERKS0_", "13WarningReport11AddCategoryE",
+          "13WarningReport3AddE", "13WarningReport5ClearE", "13WarningReport10ShowReportE",
+          "13WarningReport16ShowNotificationE"}) {
         const auto has = [piece](const std::string& name) { return name.find(piece) != std::string::npos; };
         EXPECT_TRUE(std::any_of(names.begin(), names.end(), has)) << piece;
     }
@@ -65,7 +92,7 @@ TEST(Module, ExportsItsInterfaceAndNothingElse) {
 TEST(Module, HasItsTemplatesInTheLanguageOfTheResources) {
     const HMODULE module = LoadLibraryW(kModule);
     ASSERT_NE(module, nullptr);
-    for (const wchar_t* name : {L"CUSTOMPROPERTYDLG"}) {
+    for (const wchar_t* name : {L"CUSTOMPROPERTYDLG", L"REPORTTEMPLATEEDITDLG", L"REPORTCOLUMNEDITDLG"}) {
         EXPECT_NE(FindResourceExW(module, RT_DIALOG, name, 1035), nullptr) << name;
     }
     FreeLibrary(module);

@@ -11,7 +11,6 @@
 #include <orvatool/TreeInsertList.h>
 
 #include <algorithm>
-#include <chrono>
 #include <functional>
 #include <limits>
 #include <numeric>
@@ -20,6 +19,7 @@
 #include <vector>
 
 #include "host/driver/UiDriver.h"
+#include "support/ProcessorTime.h"
 
 namespace {
 
@@ -43,10 +43,9 @@ class Stopwatch {
 public:
     template <class Work>
     void Time(Work work) {
-        const auto start = std::chrono::steady_clock::now();
+        const double start = ProcessorTime();
         work();
-        const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
-        longest_ = std::max(longest_, taken.count());
+        longest_ = std::max(longest_, ProcessorTime() - start);
     }
     double Longest() const { return longest_; }
 
@@ -54,7 +53,7 @@ private:
     double longest_ = 0;
 };
 
-// The longest step of the best of three rounds: what else the machine does is not the code's.
+// The longest step of the best of three rounds, in milliseconds.
 double SlowestAtBest(const std::function<void(Stopwatch&)>& round) {
     double best = std::numeric_limits<double>::infinity();
     for (int i = 0; i < 3; ++i) {

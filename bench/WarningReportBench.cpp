@@ -1,0 +1,181 @@
+#include <benchmark/benchmark.h>
+#include <occommonui/WarningReport.h>
+#include <orvatool/InterApp.h>
+#include <orvatool/OCDialog.h>
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "Paired.h"
+#include "toolkit/orvatool/resources/orvatool_ids.h"
+
+// Collecting warnings against filling a plain vector with the same records, and showing them, which makes the rows and
+// opens, paints and closes the window, against the same template with a list of as many rows run by DialogBoxParam.
+
+namespace {
+
+constexpr int kCategories = 20;
+constexpr UINT kPaintAndClose = WM_APP + 1;
+constexpr wchar_t kText[] = L"The object has no size and is left out.";
+
+using Clock = std::chrono::steady_clock;
+
+double Milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
+
+double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+ObjPosInDwg Place() {
+    ObjPosInDwg pos;
+    pos.drawing = L"C:\\Projects\\Office\\Ventilation 1.dwg";
+    pos.handle = 0x1A2B;
+    return pos;
+}
+
+void Collect(std::int64_t count) {
+    std::vector<unsigned __int64> categories;
+    for (int i = 0; i < kCategories; ++i) {
+        ustr name;
+        name.format(L"Category %d", i);
+        categories.push_back(WarningReport::AddCategory(Lng::Hpv, name));
+    }
+    const ustr text(kText);
+    const ObjPosInDwg pos = Place();
+    for (std::int64_t i = 0; i < count; ++i)
+        WarningReport::Add(Lng::Hpv, categories[static_cast<std::size_t>(i * 7 % kCategories)], text, pos);
+}
+
+void CollectOurs(benchmark::State& state) {
+    for (auto _ : state) {
+        Collect(state.range(0));
+        WarningReport::Clear(Lng::Hpv);
+    }
+}
+
+void CollectBare(benchmark::State& state) {
+    struct Record {
+        Lng::AppID app;
+        std::uint64_t category;
+        ustr_pre<256> text;
+        ObjPosInDwg pos;
+    };
+    const ustr text(kText);
+    const ObjPosInDwg pos = Place();
+    for (auto _ : state) {
+        std::vector<Record> records;
+        for (std::int64_t i = 0; i < state.range(0); ++i)
+            records.push_back({Lng::Hpv, static_cast<std::uint64_t>(i * 7 % kCategories), text, pos});
+        benchmark::DoNotOptimize(records.data());
+    }
+}
+
+// The dialog that becomes active is painted at once and closed; the times are taken at its creation and when it has
+// been painted.
+HWND watcher = nullptr;
+Clock::time_point created;
+Clock::time_point painted;
+
+bool IsDialog(HWND window) {
+    wchar_t name[32] = L"";
+    GetClassNameW(window, name, 32);
+    return lstrcmpW(name, L"#32770") == 0;
+}
+
+LRESULT CALLBACK WatchProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != kPaintAndClose) return DefWindowProcW(window, message, wParam, lParam);
+    const HWND dlg = reinterpret_cast<HWND>(wParam);
+    RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    painted = Clock::now();
+    PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0);
+    return 0;
+}
+
+LRESULT CALLBACK DialogHook(int code, WPARAM wParam, LPARAM lParam) {
+    const HWND window = reinterpret_cast<HWND>(wParam);
+    if (code == HCBT_CREATEWND && IsDialog(window)) created = Clock::now();
+    if (code == HCBT_ACTIVATE && IsDialog(window)) PostMessageW(watcher, kPaintAndClose, wParam, 0);
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+void Watch() {
+    if (watcher) return;
+    SetProductKey(L"Software\\OrvaCADBench");
+    watcher = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    SetWindowLongPtrW(watcher, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WatchProcedure));
+    SetWindowsHookExW(WH_CBT, DialogHook, nullptr, GetCurrentThreadId());
+}
+
+INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
+    RECT rect = item.rcItem;
+    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_WINDOW));
+    for (const int left : {0, 200}) {
+        rect.left = left;
+        DrawTextW(item.hDC, kText, -1, &rect, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+    }
+    return TRUE;
+}
+
+INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dlg, 0);
+    if (message == WM_DRAWITEM) return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    if (message != WM_INITDIALOG) return FALSE;
+    SetWindowTextW(dlg, L"Warnings - OrvaCAD HPV");
+    for (const int id : {IDC_SIMPLEREPORT_SEARCH_LBL, IDC_SIMPLEREPORT_COUNT, IDC_SIMPLEREPORT_ZOOM,
+                         IDC_SIMPLEREPORT_COPY, IDC_SIMPLEREPORT_SAVE, IDCANCEL})
+        SetDlgItemTextW(dlg, id, L"&Some text");
+    const HWND list = GetDlgItem(dlg, IDC_SIMPLEREPORT_LIST);
+    for (const int width : {200, 600}) {
+        LVCOLUMNW column{};
+        column.mask = LVCF_WIDTH | LVCF_TEXT;
+        column.cx = width;
+        column.pszText = const_cast<wchar_t*>(L"Column");
+        ListView_InsertColumn(list, width, &column);
+    }
+    ListView_SetItemCount(list, static_cast<int>(lParam));
+    ShowWindow(dlg, SW_SHOW);
+    return TRUE;
+}
+
+void ShowBare(std::int64_t count) {
+    const CommonControlsScope commonControls;
+    DialogBoxParamW(GetModuleHandleW(L"orvatool.dll"), L"SIMPLEREPORTDLG", nullptr, BareProcedure, count);
+}
+
+// Within ours_ms: rows_ms until the window is created, painted_ms until the user sees the warnings.
+void Show(benchmark::State& state) {
+    Watch();
+    Collect(state.range(0));
+    std::vector<double> rows;
+    std::vector<double> seen;
+    const auto ours = [&] {
+        const auto start = Clock::now();
+        WarningReport::ShowReport(nullptr, Lng::Hpv);
+        rows.push_back(Milliseconds(created - start));
+        seen.push_back(Milliseconds(painted - start));
+    };
+    RunPaired(state, ours, [&] { ShowBare(state.range(0)); });
+    state.counters["rows_ms"] = Median(rows);
+    state.counters["painted_ms"] = Median(seen);
+    WarningReport::Clear(Lng::Hpv);
+}
+
+void Sizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(10'000)->Arg(50'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(CollectOurs)->Name("CollectWarnings/ours")->Apply(Sizes);
+BENCHMARK(CollectBare)->Name("CollectWarnings/bare")->Apply(Sizes);
+BENCHMARK(Show)->Name("ShowWarnings")->Apply(Sizes)->Iterations(30)->Repetitions(1);
+
+}  // namespace

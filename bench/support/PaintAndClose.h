@@ -1,0 +1,37 @@
+#pragma once
+
+#include <windows.h>
+
+namespace paintandclose {
+
+inline constexpr UINT kPaintAndClose = WM_APP + 1;
+inline HWND watcher = nullptr;
+
+inline LRESULT CALLBACK WatchProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != kPaintAndClose) return DefWindowProcW(window, message, wParam, lParam);
+    const HWND dlg = reinterpret_cast<HWND>(wParam);
+    RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0);
+    return 0;
+}
+
+inline LRESULT CALLBACK ActivationHook(int code, WPARAM wParam, LPARAM lParam) {
+    wchar_t name[32];
+    if (code == HCBT_ACTIVATE && GetClassNameW(reinterpret_cast<HWND>(wParam), name, 32) &&
+        !lstrcmpW(name, L"#32770")) {
+        PostMessageW(watcher, kPaintAndClose, wParam, 0);
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+}  // namespace paintandclose
+
+/// From now on every dialog of this thread that becomes active is painted at once and closed by Cancel, whoever runs
+/// it.
+inline void PaintAndCloseDialogs() {
+    if (paintandclose::watcher) return;
+    const HWND watcher = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    SetWindowLongPtrW(watcher, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(paintandclose::WatchProcedure));
+    paintandclose::watcher = watcher;
+    SetWindowsHookExW(WH_CBT, paintandclose::ActivationHook, nullptr, GetCurrentThreadId());
+}

@@ -1,0 +1,1149 @@
+#include <gtest/gtest.h>
+#include <occommonui/ObjectSelection.h>
+#include <orvatool/Gw.h>
+#include <orvatool/InterApp.h>
+#include <orvatool/OCDialog.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ObjectSelectionCtrlTest_ids.h"
+#include "host/driver/UiDriver.h"
+#include "support/SelectionHost.h"
+
+namespace {
+
+using namespace ObjectSelection::Dlg;
+using ObjectSelection::Data;
+using ObjectSelection::DrawingRef;
+using ObjectSelection::NameListInDwg;
+using ObjectSelection::PresetEntry;
+using ObjectSelection::RecordData;
+using uidriver::Script;
+using Ids = std::vector<std::int32_t>;
+using Texts = std::vector<std::wstring>;
+using Messages = std::vector<CbMsgId>;
+
+/// A dialog that embeds a selection, with the whole of it or the short form.
+class SelectionDlg : public OCDialog {
+public:
+    enum Form { Whole, Short, Bare };
+    struct Setup {
+        Form form = Whole;
+        Lng::AppID app = Lng::Hpv;
+        Ctrl::Mode mode = Ctrl::NoName;
+        int flagMask = 0;
+        std::function<void(Ctrl&)> anchor;
+    };
+
+    SelectionDlg(HWND parent, Setup setup, ObjectSelection::Dlg::Callback callback)
+        : OCDialog(GetModuleHandleW(nullptr), parent), setup_(std::move(setup)) {
+        if (setup_.form == Short) {
+            ctrl.Attach(this, setup_.app, setup_.flagMask, std::move(callback), IDC_SELECTION_MANUAL,
+                        IDC_SELECTION_CURRENT, IDC_SELECTION_SELECTED, IDC_SELECTION_GROUP, IDC_SELECTION_CATEGORIES,
+                        IDC_SELECTION_ITEMS, IDC_SELECTION_FILTER, IDC_SELECTION_NO_DATA);
+            return;
+        }
+        const auto id = [this](int ctrlId) { return setup_.form == Bare ? -1 : ctrlId; };
+        ctrl.Attach(this, setup_.app, setup_.mode, setup_.flagMask, std::move(callback), id(IDC_SELECTION_MANUAL),
+                    id(IDC_SELECTION_CURRENT), id(IDC_SELECTION_SELECTED), id(IDC_SELECTION_GROUP),
+                    id(IDC_SELECTION_CATEGORIES), id(IDC_SELECTION_ITEMS), id(IDC_SELECTION_FILTER),
+                    id(IDC_SELECTION_NO_DATA), id(IDC_SELECTION_CONFIGURATION_LBL), id(IDC_SELECTION_CONFIGURATION),
+                    id(IDC_SELECTION_SAVE), id(IDC_SELECTION_SAVE_AS), id(IDC_SELECTION_DELETE),
+                    id(IDC_SELECTION_RENAME), id(IDC_SELECTION_NAME_LBL), id(IDC_SELECTION_NAME));
+    }
+
+    int Run() {
+        static constexpr const wchar_t* kTemplates[] = {L"WHOLEDLG", L"SHORTDLG", L"BAREDLG"};
+        return StartModal(kTemplates[setup_.form]);
+    }
+    bool OnInitDialog() override {
+        OCDialog::OnInitDialog();
+        EXPECT_TRUE(ctrl.OnInitDialog());
+        return true;
+    }
+    void SetAnchoring() override {
+        OCDialog::SetAnchoring();
+        if (setup_.anchor) setup_.anchor(ctrl);
+    }
+    bool OnCommand(unsigned __int64 wParam, __int64 lParam) override {
+        return ctrl.OnCommand(wParam, lParam) || OCDialog::OnCommand(wParam, lParam);
+    }
+    bool OnNotify(unsigned __int64 wParam, __int64 lParam) override {
+        return ctrl.OnNotify(wParam, lParam) || OCDialog::OnNotify(wParam, lParam);
+    }
+    int GetDataFromCtrls() override { return ctrl.Ctrls2Data(); }
+    void OnOk() override {
+        if (TakeData()) OCDialog::OnOk();
+    }
+
+    Ctrl ctrl;
+
+private:
+    const Setup setup_;
+};
+
+// Where the node of a category stands after the largest id of the template.
+enum Place { Rooms = 1, Zones, Systems, Series, PartTypes, Layouts, Areas, Pages, Boards, HostAreas, Project, Filters };
+
+Data CurrentDrawing() {
+    Data data;
+    data.bySelectionSet = data.currentDrawing = true;
+    return data;
+}
+
+Data SelectedDrawings() {
+    Data data;
+    data.bySelectionSet = data.useModelDrawings = true;
+    data.modelDrawings = {
+        {1, L"C:\\Project\\Floor1.dwg"}
+    };
+    return data;
+}
+
+NameListInDwg NamesIn(const wchar_t* drawing, std::int32_t id, const std::vector<const wchar_t*>& names) {
+    NameListInDwg list;
+    for (const wchar_t* const name : names)
+        list.entries.push_back({
+            {id, drawing},
+            name
+        });
+    return list;
+}
+
+/// Every category in force, with items that the host lists and some that it does not.
+Data FullData() {
+    Data data = SelectedDrawings();
+    data.modelDrawings.push_back({77, L"C:\\Old\\Gone.dwg"});
+    data.useRooms = data.useFunctionalZones = data.useSystems = data.useFittingSeries = data.usePartTypes = true;
+    data.rooms = {12, 99, 11, 12};
+    data.functionalZones = {22};
+    data.systems = {32, -4, 31};
+    data.fittingSeries = {41};
+    data.partTypes = {52};
+    data.layouts = NamesIn(L"C:\\Project\\Floor1.dwg", 1, {L"A3", L"Old layout"});
+    data.selectionAreas.all = true;
+    data.filterRules.resize(1);
+    data.filterRules[0].propId = 5;
+    data.filterRules[0].criteria = {
+        {ObjectSelection::Property::Equal, L"1"}
+    };
+    return data;
+}
+
+std::wstring Shown(HWND window) {
+    std::wstring text = uidriver::Text(window);
+    std::erase(text, L'&');
+    return text;
+}
+
+HTREEITEM Next(HWND tree, HTREEITEM item) {
+    return gwTVnext(tree, item);
+}
+
+Texts TreeTexts(HWND tree) {
+    Texts texts;
+    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = Next(tree, item))
+        texts.emplace_back(gwTVgetText(tree, item).c_str());
+    return texts;
+}
+
+/// The texts of the items without items below them that are checked.
+Texts CheckedTexts(HWND tree) {
+    Texts texts;
+    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = Next(tree, item)) {
+        if (!TreeView_GetChild(tree, item) && gwTVgetCheck(tree, item) == kTreeChecked)
+            texts.emplace_back(gwTVgetText(tree, item).c_str());
+    }
+    return texts;
+}
+
+bool IsEnabled(HWND dlg, int ctrlId) {
+    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+
+bool IsShown(HWND dlg, int ctrlId) {
+    return IsWindowVisible(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+
+HWND Categories(HWND dlg) {
+    return uidriver::Control(dlg, IDC_SELECTION_CATEGORIES);
+}
+
+int NodeCheck(HWND dlg, const wchar_t* category) {
+    const HTREEITEM item = uidriver::FindTreeItem(Categories(dlg), category);
+    return item ? gwTVgetCheck(Categories(dlg), item) : -1;
+}
+
+std::wstring SelectedNode(HWND dlg) {
+    const HTREEITEM item = TreeView_GetSelection(Categories(dlg));
+    return item ? gwTVgetText(Categories(dlg), item).c_str() : L"";
+}
+
+RECT PlaceOf(HWND dlg, HWND control) {
+    RECT rect{};
+    GetWindowRect(control, &rect);
+    MapWindowPoints(nullptr, dlg, reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
+}
+
+class ObjectSelectionCtrlTest : public testing::Test {
+protected:
+    void SetUp() override {
+        SetProductKey(L"Software\\OrvaCADTest");
+        Lng::SetLanguage(L"en");
+        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 300, 200, nullptr,
+                                  nullptr, nullptr, nullptr);
+        Open();
+    }
+    void TearDown() override {
+        DestroyWindow(parent_);
+        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
+    }
+
+    void Open() {
+        script_ = std::make_unique<Script>();
+        script_->WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
+    }
+    void Step(std::function<void()> step) { script_->Then(std::move(step)); }
+    void Press(int ctrlId) {
+        Step([=, this] { uidriver::Click(dlg_, ctrlId); });
+    }
+    void Pick(const wchar_t* category, bool onCheckBox = false) {
+        Step([=, this] {
+            uidriver::ClickTreeItem(Categories(dlg_), uidriver::FindTreeItem(Categories(dlg_), category), onCheckBox);
+        });
+    }
+    /// Turns the check box of an item of the tree that is shown.
+    void Turn(const wchar_t* text) {
+        Step([=, this] {
+            const HWND tree = ShownTree();
+            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, text), true);
+        });
+    }
+    void Command(int id) {
+        Step([=, this] { PostMessageW(dlg_, WM_COMMAND, static_cast<WPARAM>(id), 0); });
+    }
+    /// Answers the question for a name.
+    void AnswerName(const wchar_t* expected, const wchar_t* name) {
+        script_->WithNewDialog([=](HWND ask) {
+            EXPECT_EQ(Shown(uidriver::Control(ask, 101)), expected);
+            if (name) uidriver::SetText(ask, 101, name);
+        });
+        Step([=] { uidriver::Click(uidriver::TopDialog(), name ? IDOK : IDCANCEL); });
+    }
+
+    void AddDrawing(const DrawingRef& drawing, const wchar_t* title) {
+        host_.drawings.emplace_back();
+        host_.drawings.back().drawing = drawing;
+        host_.drawings.back().title = title;
+    }
+
+    std::uint64_t LastWParam(CbMsgId message) const {
+        const auto& asked = host_.asked;
+        const auto last =
+            std::find_if(asked.rbegin(), asked.rend(), [=](const auto& a) { return a.message == message; });
+        return last == asked.rend() ? ~std::uint64_t{0} : last->wParam;
+    }
+
+    HWND Tree(int place) const {
+        return uidriver::Control(dlg_, place == 0 ? IDC_SELECTION_ITEMS : LargestId() + place);
+    }
+    HWND ShownTree() const {
+        for (int place = 0; place <= HostAreas; ++place) {
+            if (IsWindowVisible(Tree(place))) return Tree(place);
+        }
+        return nullptr;
+    }
+    HWND SearchField() const { return uidriver::Control(dlg_, LargestId() + 14); }
+    int LargestId() const { return setup_.form == SelectionDlg::Whole ? 1000 : IDC_SELECTION_NO_DATA; }
+    bool IsRadio(int ctrlId) const { return gwgetcheck(dlg_, ctrlId); }
+
+    /// Runs the script in the dialog with `record_`, which becomes what was read on OK.
+    int Run(const std::function<void(Ctrl&)>& prepare = nullptr) {
+        SelectionDlg dialog(parent_, setup_, host_.Callback());
+        ctrl_ = &dialog.ctrl;
+        dialog.ctrl.SetData(record_);
+        if (prepare) prepare(dialog.ctrl);
+        script_->Start();
+        const int result = dialog.Run();
+        EXPECT_TRUE(script_->Finished()) << script_->Failure();
+        if (result == IDOK) dialog.ctrl.GetData(record_);
+        Open();
+        return result;
+    }
+    void RunToOk() {
+        Press(IDOK);
+        EXPECT_EQ(Run(), IDOK);
+    }
+
+    HWND parent_ = nullptr;
+    HWND dlg_ = nullptr;
+    Ctrl* ctrl_ = nullptr;
+    std::unique_ptr<Script> script_;
+    SelectionHost host_;
+    SelectionDlg::Setup setup_;
+    RecordData record_;
+};
+
+TEST_F(ObjectSelectionCtrlTest, AttachingAsksWhatTheProjectHasAndAddsTheBitsOfTheApplication) {
+    constexpr int kGiven = kLockForDrawings | kAcceptEmpty | kNoLayouts;
+    const std::pair<int, int> kMasks[] = {
+        {1, 0x640000},
+        {2, 0x40400 },
+        {3, 0x640400},
+        {6, 0x62C400},
+        {7, 0x62CC00}
+    };
+    for (const auto& [app, mask] : kMasks) {
+        for (const SelectionDlg::Form form : {SelectionDlg::Whole, SelectionDlg::Short}) {
+            SelectionHost host;
+            SelectionDlg dialog(parent_, {form, static_cast<Lng::AppID>(app), Ctrl::NoName, kGiven, {}},
+                                host.Callback());
+            EXPECT_EQ(dialog.ctrl.GetFlagMask(), kGiven | mask) << app;
+            const Messages kAsked = {HasSelectionAreas, HasPages, HasSwitchboardAreas, HasHostAreas};
+            ASSERT_EQ(host.asked.size(), kAsked.size());
+            for (std::size_t i = 0; i < kAsked.size(); ++i) {
+                EXPECT_EQ(host.asked[i].message, kAsked[i]);
+                EXPECT_EQ(host.asked[i].wParam, 0u);
+                EXPECT_EQ(host.asked[i].lParam, 0);
+            }
+            dialog.ctrl.SetFlagMask(5);
+            EXPECT_EQ(dialog.ctrl.GetFlagMask(), 5);
+        }
+    }
+    Ctrl unattached;
+    EXPECT_THROW(unattached.Attach(nullptr, Lng::Hpv, 0, nullptr, 1, 2, 3, 4, 5, 6, 7, 8), std::bad_function_call);
+}
+
+TEST_F(ObjectSelectionCtrlTest, EachApplicationOffersItsCategories) {
+    const std::map<Lng::AppID, Texts> kOffered = {
+        std::pair(Lng::Hpv, Texts{L"Model drawings", L"Rooms", L"Functional zones", L"Layouts", L"Selection areas",
+                                  L"Systems and products", L"Systems", L"Fitting series", L"Part types", L"Properties",
+                                  L"Data filter"}),
+        std::pair(Lng::Electrical,
+                  Texts{L"Model drawings", L"Rooms", L"Functional zones", L"Layouts", L"Selection areas",
+                        L"Switchboard areas", L"Host areas", L"Systems and products", L"Systems", L"Part types",
+                        L"Properties", L"Data filter"}),
+        std::pair(Lng::Automation, Texts{L"Model drawings", L"Layouts", L"Pages", L"Systems and products",
+                                         L"Part types", L"Properties", L"Data filter"})};
+    for (const auto& [app, texts] : kOffered) {
+        setup_.app = app;
+        Step([=, this] {
+            EXPECT_EQ(TreeTexts(Categories(dlg_)), texts);
+            EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_GROUP)), L"Object selection set");
+            EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_SELECTED)), L"Selected drawings");
+        });
+        RunToOk();
+    }
+}
+
+TEST_F(ObjectSelectionCtrlTest, WhatIsShownIsReadBackAsItWas) {
+    for (const bool current : {false, true}) {
+        record_.data = FullData();
+        record_.data.currentDrawing = current;
+        const Data before = record_.data;
+        Step([=, this] {
+            EXPECT_EQ(IsRadio(IDC_SELECTION_CURRENT), current);
+            for (const wchar_t* const node : {L"Rooms", L"Systems", L"Layouts", L"Selection areas", L"Data filter"})
+                EXPECT_EQ(NodeCheck(dlg_, node), kTreeChecked);
+        });
+        for (const wchar_t* const node : {L"Rooms", L"Functional zones", L"Systems", L"Fitting series", L"Part types",
+                                          L"Layouts", L"Selection areas", L"Data filter"})
+            Pick(node);
+        RunToOk();
+        EXPECT_EQ(record_.data, before) << "trees that were looked at change nothing either";
+    }
+    record_.data = Data();
+    Step([this] { EXPECT_TRUE(IsRadio(IDC_SELECTION_MANUAL)); });
+    RunToOk();
+    EXPECT_EQ(record_.data, Data());
+}
+
+TEST_F(ObjectSelectionCtrlTest, TreesAreFilledWhenTheyAreFirstShown) {
+    const Messages kItems = {GetDrawings,      GetCurrentDrawing, GetRooms,      GetFunctionalZones, GetSystems,
+                             GetFittingSeries, GetPartTypes,      FillPartTypes, GetLabels};
+    record_.data = CurrentDrawing();
+    record_.data.useRooms = true;
+    setup_.flagMask = kAcceptEmpty;
+    Step([=, this] {
+        EXPECT_EQ(SelectedNode(dlg_), L"Rooms") << "what is in force comes first";
+        EXPECT_EQ(host_.Order(kItems), (Messages{GetLabels, GetRooms}));
+        EXPECT_EQ(LastWParam(GetRooms), 1u);
+        host_.asked.clear();
+    });
+    for (const wchar_t* const node : {L"Systems", L"Fitting series", L"Part types", L"Layouts", L"Systems", L"Rooms"})
+        Pick(node);
+    Step([=, this] {
+        const Messages order = host_.Order(kItems);
+        EXPECT_EQ(order, (Messages{GetSystems, GetFittingSeries, FillPartTypes, GetPartTypes, GetDrawings,
+                                   GetCurrentDrawing}));
+        for (const auto& asked : host_.asked) {
+            std::uint64_t wParam = 0;
+            if (asked.message == FillPartTypes) wParam = reinterpret_cast<std::uintptr_t>(Tree(PartTypes));
+            if (asked.message == GetPartTypes) wParam = 0x640000 | kAcceptEmpty;
+            EXPECT_EQ(asked.wParam, wParam) << asked.message;
+        }
+        host_.asked.clear();
+    });
+    Press(IDC_SELECTION_SELECTED);
+    Pick(L"Rooms");
+    Step([=, this] {
+        EXPECT_EQ(host_.Order(kItems), (Messages{GetDrawings, GetCurrentDrawing, GetRooms}));
+        EXPECT_EQ(LastWParam(GetRooms), 0u) << "another source, other rooms";
+        host_.asked.clear();
+    });
+    Press(IDC_SELECTION_CURRENT);
+    Step([this] {
+        ASSERT_EQ(host_.Count(GetRooms), 1);
+        EXPECT_EQ(LastWParam(GetRooms), 1u);
+    });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, UsersChooseItemsWithParentsAndChildren) {
+    record_.data = CurrentDrawing();
+    Pick(L"Systems");
+    Step([this] {
+        EXPECT_TRUE(IsWindowVisible(Tree(Systems)));
+        EXPECT_FALSE(IsWindowEnabled(Tree(Systems))) << "not in force";
+    });
+    Pick(L"Systems", true);
+    Turn(L"Supply air");
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(Systems)), (Texts{L"TK01", L"TK02"})); });
+    Turn(L"TK01");
+    Pick(L"Rooms", true);
+    Step([this] { EXPECT_EQ(SelectedNode(dlg_), L"Rooms") << "to turn a category on is to work on it"; });
+    Turn(L"Kitchen");
+    Turn(L"Hall");
+    RunToOk();
+    EXPECT_EQ(record_.data.systems, Ids{32});
+    EXPECT_EQ(record_.data.rooms, (Ids{11, 12}));
+    EXPECT_TRUE(record_.data.useSystems && record_.data.useRooms);
+    EXPECT_FALSE(record_.data.usePartTypes);
+
+    Pick(L"Rooms", true);
+    Pick(L"Systems");
+    Step([this] { SetFocus(Categories(dlg_)); });
+    Step([] { uidriver::Key(VK_SPACE); });
+    RunToOk();
+    EXPECT_FALSE(record_.data.useSystems || record_.data.useRooms);
+    EXPECT_EQ(record_.data.systems, Ids{32}) << "out of force, but kept";
+}
+
+TEST_F(ObjectSelectionCtrlTest, SelectedDrawingsBringTheirTreeWithAllDrawings) {
+    record_.data = CurrentDrawing();
+    Press(IDC_SELECTION_SELECTED);
+    Step([this] {
+        EXPECT_EQ(SelectedNode(dlg_), L"Model drawings");
+        EXPECT_EQ(NodeCheck(dlg_, L"Model drawings"), kTreeChecked);
+        EXPECT_EQ(CheckedTexts(Tree(0)), (Texts{L"First floor", L"Cellar"}));
+        EXPECT_EQ(LastWParam(GetDrawings), 1u);
+    });
+    Turn(L"Cellar");
+    Press(IDC_SELECTION_CURRENT);
+    Step([this] {
+        EXPECT_FALSE(IsWindowVisible(Tree(0)));
+        EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_NO_DATA)), L"Not used with \"Current drawing\"");
+    });
+    Press(IDC_SELECTION_SELECTED);
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(0)), Texts{L"First floor"}) << "a choice is not overruled"; });
+    RunToOk();
+    EXPECT_EQ(record_.data.modelDrawings, (std::vector<DrawingRef>{
+                                              {1, L"C:\\Project\\Floor1.dwg"}
+    }));
+    EXPECT_TRUE(record_.data.bySelectionSet && record_.data.useModelDrawings && !record_.data.currentDrawing);
+}
+
+TEST_F(ObjectSelectionCtrlTest, ASelectionWithoutPlacesIsRefused) {
+    const auto check = [this](const char* what, const Data& data, int flagMask, bool valid) {
+        ctrl_->SetFlagMask(flagMask);
+        ctrl_->SetData(data, nullptr);
+        EXPECT_TRUE(ctrl_->Data2Ctrls());
+        EXPECT_EQ(ctrl_->Ctrls2Data(), valid ? 0 : IDC_SELECTION_CURRENT) << what;
+    };
+    Step([=, this] {
+        check("manual", Data(), 0, true);
+        check("current drawing", CurrentDrawing(), 0, true);
+        Data data = SelectedDrawings();
+        check("a model drawing", data, 0, true);
+        data.modelDrawings.clear();
+        check("no model drawing", data, 0, false);
+        data = SelectedDrawings();
+        data.useModelDrawings = false;
+        check("model drawings out of force", data, 0, false);
+        check("none, accepted", data, kAcceptEmpty, true);
+        data.rooms = data.functionalZones = {1};
+        check("rooms and zones out of force", data, 0, false);
+        data.useRooms = true;
+        check("a room", data, 0, true);
+        data.rooms.clear();
+        check("no room", data, 0, false);
+        data.useFunctionalZones = true;
+        check("a zone", data, 0, true);
+        data.functionalZones.clear();
+        check("no zone", data, 0, false);
+        check("no zone, accepted", data, kAcceptEmpty, true);
+        ctrl_->SetFlagMask(0);
+        data = SelectedDrawings();
+        data.useModelDrawings = false;
+        ctrl_->SetData(data, nullptr);
+        ctrl_->Data2Ctrls();
+    });
+    Press(IDOK);
+    Step([this] {
+        EXPECT_EQ(uidriver::TopDialog(), dlg_);
+        EXPECT_EQ(GetFocus(), uidriver::Control(dlg_, IDC_SELECTION_CURRENT));
+        uidriver::Click(dlg_, IDCANCEL);
+    });
+    Run();
+}
+
+TEST_F(ObjectSelectionCtrlTest, PaperSpaceAndFlagsForceTheSource) {
+    struct Case {
+        int flagMask;
+        bool paperSpace;
+        Data data;
+        int checked;
+    };
+    const std::vector<Case> kCases = {
+        Case{0,                   true,  Data(),             IDC_SELECTION_CURRENT },
+        Case{0,                   true,  SelectedDrawings(), IDC_SELECTION_SELECTED},
+        Case{kCurrentDrawingOnly, false, SelectedDrawings(), IDC_SELECTION_CURRENT },
+        Case{kCurrentDrawingOnly, false, Data(),             IDC_SELECTION_MANUAL  },
+        Case{kNoManualSelection,  false, Data(),             IDC_SELECTION_CURRENT },
+        Case{kNoManualSelection,  false, SelectedDrawings(), IDC_SELECTION_CURRENT }
+    };
+    Step([&, this] {
+        for (const Case& c : kCases) {
+            ctrl_->SetFlagMask(c.flagMask);
+            ctrl_->SetPaperSpace(c.paperSpace);
+            ctrl_->SetData(c.data, nullptr);
+            ctrl_->Data2Ctrls();
+            for (const int id : {IDC_SELECTION_MANUAL, IDC_SELECTION_CURRENT, IDC_SELECTION_SELECTED})
+                EXPECT_EQ(IsRadio(id), id == c.checked);
+            EXPECT_EQ(IsEnabled(dlg_, IDC_SELECTION_MANUAL), !c.paperSpace && !(c.flagMask & kNoManualSelection));
+            EXPECT_EQ(IsEnabled(dlg_, IDC_SELECTION_SELECTED), !(c.flagMask & kCurrentDrawingOnly));
+            Data read;
+            EXPECT_EQ(ctrl_->Ctrls2Data(), 0);
+            ctrl_->GetData(read);
+            EXPECT_EQ(read.bySelectionSet, c.checked != IDC_SELECTION_MANUAL);
+            EXPECT_EQ(read.currentDrawing, c.checked == IDC_SELECTION_CURRENT);
+            EXPECT_EQ(read.useModelDrawings, c.checked == IDC_SELECTION_SELECTED);
+        }
+        ctrl_->SetFlagMask(0);
+        ctrl_->SetPaperSpace(false);
+        ctrl_->SetData(Data(), nullptr);
+        ctrl_->Data2Ctrls();
+        ctrl_->SetPaperSpace(true);
+        ctrl_->EnableDisableCtrls(Ctrl::EnableAll);
+        EXPECT_TRUE(IsRadio(IDC_SELECTION_CURRENT)) << "a source that is no longer allowed is left";
+    });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, CategoriesAreGreyWithTheirReason) {
+    host_.Answers(HasRooms, 0);
+    host_.Answers(HasSelectionAreas, 0);
+    const auto reason = [this] { return Shown(uidriver::Control(dlg_, IDC_SELECTION_NO_DATA)); };
+    Step([this] { EXPECT_EQ(SelectedNode(dlg_), L"Systems") << "the first that can be used"; });
+    Pick(L"Rooms");
+    Step([=] { EXPECT_EQ(reason(), L"Not used with \"Manual selection\""); });
+    Pick(L"Rooms", true);
+    Step([this] { EXPECT_EQ(NodeCheck(dlg_, L"Rooms"), kTreeUnchecked); });
+    Press(IDC_SELECTION_CURRENT);
+    Step([=] { EXPECT_EQ(reason(), L"The project has none"); });
+    Pick(L"Selection areas");
+    Step([=] { EXPECT_EQ(reason(), L"The project has none"); });
+    Pick(L"Properties");
+    Step([=, this] {
+        EXPECT_EQ(reason(), L"No data for this node");
+        EXPECT_EQ(host_.Count(GetRooms), 0);
+        EXPECT_EQ(ShownTree(), nullptr);
+    });
+    Pick(L"Data filter");
+    Step([this] {
+        EXPECT_TRUE(IsShown(dlg_, IDC_SELECTION_FILTER));
+        EXPECT_FALSE(IsShown(dlg_, IDC_SELECTION_NO_DATA));
+        EXPECT_FALSE(IsEnabled(dlg_, IDC_SELECTION_FILTER)) << "not in force";
+    });
+    Pick(L"Data filter", true);
+    Step([this] { EXPECT_TRUE(IsEnabled(dlg_, IDC_SELECTION_FILTER)); });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, TheWholeOrAllButThePartTypesIsDisabled) {
+    record_.data = CurrentDrawing();
+    const auto enabled = [this] {
+        Ids ids;
+        for (int id = IDC_SELECTION_MANUAL; id <= IDC_SELECTION_NAME; ++id) {
+            if (IsEnabled(dlg_, id)) ids.push_back(id);
+        }
+        for (int place = Rooms; place <= HostAreas; ++place) {
+            if (IsWindowEnabled(Tree(place))) ids.push_back(-place);
+        }
+        return ids;
+    };
+    Step([=, this] {
+        ctrl_->EnableDisableCtrls(Ctrl::DisableAll);
+        EXPECT_EQ(enabled(), Ids());
+        ctrl_->EnableDisableCtrls(Ctrl::PartTypesOnly);
+        EXPECT_EQ(enabled(), (Ids{IDC_SELECTION_MANUAL, IDC_SELECTION_CURRENT, IDC_SELECTION_SELECTED, -PartTypes}));
+        EXPECT_EQ(SelectedNode(dlg_), L"Part types");
+    });
+    Turn(L"Bend");
+    Step([this] {
+        ctrl_->SetPaperSpace(true);
+        ctrl_->EnableDisableCtrls(Ctrl::PartTypesOnly);
+        EXPECT_FALSE(IsEnabled(dlg_, IDC_SELECTION_MANUAL));
+        ctrl_->EnableDisableCtrls(Ctrl::EnableAll);
+        EXPECT_TRUE(IsEnabled(dlg_, IDC_SELECTION_CATEGORIES));
+        EXPECT_TRUE(IsWindowEnabled(Tree(PartTypes)));
+        EXPECT_TRUE(IsEnabled(dlg_, IDC_SELECTION_DELETE)) << "without configurations it is the dialog's";
+    });
+    RunToOk();
+    EXPECT_EQ(record_.data.partTypes, Ids{52});
+    EXPECT_TRUE(record_.data.usePartTypes);
+}
+
+TEST_F(ObjectSelectionCtrlTest, AbsentControlsAreNeverTouched) {
+    setup_.form = SelectionDlg::Bare;
+    setup_.mode = Ctrl::Configurations;
+    record_.data = FullData();
+    const RecordData before = record_;
+    Step([this] {
+        ctrl_->SetAnchoring(true, true, true, true);
+        ctrl_->EnableDisableCtrls(Ctrl::DisableAll);
+        const HWND text = GetDlgItem(dlg_, 0xFFFF) ? GetDlgItem(dlg_, 0xFFFF) : GetDlgItem(dlg_, -1);
+        EXPECT_EQ(uidriver::Text(text), L"Apart");
+        EXPECT_TRUE(IsWindowEnabled(text));
+        EXPECT_FALSE(ctrl_->OnCommand(MAKEWPARAM(0xFFFF, BN_CLICKED), 0));
+    });
+    RunToOk();
+    EXPECT_EQ(record_, before);
+
+    setup_ = {};
+    setup_.form = SelectionDlg::Short;
+    record_.data = CurrentDrawing();
+    Pick(L"Systems", true);
+    Turn(L"TK02");
+    RunToOk();
+    EXPECT_EQ(record_.data.systems, Ids{32});
+}
+
+TEST_F(ObjectSelectionCtrlTest, ANameIsReadFromItsEdit) {
+    setup_.mode = Ctrl::NameEdit;
+    record_.data = CurrentDrawing();
+    record_.name = std::wstring(300, L'n').c_str();
+    const RecordData before = record_;
+    Step([this] { EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_NAME)), std::wstring(255, L'n')); });
+    RunToOk();
+    EXPECT_EQ(record_, before) << "what does not fit is not lost";
+
+    Step([this] { uidriver::SetText(dlg_, IDC_SELECTION_NAME, L""); });
+    Press(IDOK);
+    Step([this] {
+        EXPECT_EQ(GetFocus(), uidriver::Control(dlg_, IDC_SELECTION_NAME));
+        uidriver::SetText(dlg_, IDC_SELECTION_NAME, L"Ducts");
+    });
+    RunToOk();
+    EXPECT_EQ(record_.name, L"Ducts");
+}
+
+TEST_F(ObjectSelectionCtrlTest, ConfigurationsAreSavedChosenRenamedAndDeleted) {
+    const HWND none = nullptr;
+    const auto combo = [this] { return uidriver::Control(dlg_, IDC_SELECTION_CONFIGURATION); };
+    setup_.mode = Ctrl::Configurations;
+    record_.data = CurrentDrawing();
+    Step([=, this] {
+        EXPECT_NE(combo(), none);
+        EXPECT_FALSE(IsEnabled(dlg_, IDC_SELECTION_DELETE));
+        EXPECT_FALSE(IsEnabled(dlg_, IDC_SELECTION_RENAME));
+    });
+    Press(IDC_SELECTION_SAVE);  // never saved: asks
+    AnswerName(L"", nullptr);
+    Step([this] { EXPECT_EQ(host_.Count(SaveConfiguration), 0); });
+    Press(IDC_SELECTION_SAVE);
+    AnswerName(L"", L"First");
+    Step([=, this] {
+        ASSERT_EQ(host_.configurations.size(), 1u);
+        EXPECT_EQ(host_.configurations[0].name, L"First");
+        EXPECT_EQ(Shown(combo()), L"First");
+        EXPECT_EQ(SendMessageW(combo(), CB_GETITEMDATA, 0, 0), 0);
+        EXPECT_TRUE(IsEnabled(dlg_, IDC_SELECTION_RENAME));
+    });
+    Pick(L"Systems", true);
+    Turn(L"TK01");
+    Press(IDC_SELECTION_SAVE);  // has a key: just saves
+    Step([this] { EXPECT_EQ(host_.configurations[0].data.systems, Ids{31}); });
+    Pick(L"Systems", true);
+    Press(IDC_SELECTION_SAVE_AS);
+    AnswerName(L"First", L"Second");
+    Press(IDC_SELECTION_RENAME);
+    AnswerName(L"Second", L"Other");
+    Step([=, this] {
+        ASSERT_EQ(host_.configurations.size(), 2u);
+        EXPECT_EQ(host_.configurations[1].name, L"Other");
+        EXPECT_EQ(Shown(combo()), L"Other");
+        EXPECT_FALSE(host_.configurations[1].data.useSystems);
+        SetFocus(combo());
+    });
+    Step([] { uidriver::Key(VK_UP); });
+    Step([=, this] {
+        EXPECT_EQ(host_.Count(LoadConfiguration), 1);
+        EXPECT_EQ(Shown(combo()), L"First");
+        EXPECT_EQ(NodeCheck(dlg_, L"Systems"), kTreeChecked);
+        host_.Answers(DeleteConfiguration, 3);
+    });
+    Press(IDC_SELECTION_DELETE);
+    Step([=, this] {
+        EXPECT_EQ(Shown(combo()), L"First") << "refused";
+        host_.answers.clear();
+    });
+    Press(IDC_SELECTION_DELETE);
+    Step([=, this] {
+        ASSERT_EQ(host_.configurations.size(), 1u);
+        EXPECT_EQ(Shown(combo()), L"");
+        EXPECT_EQ(SendMessageW(combo(), CB_GETCOUNT, 0, 0), 1);
+        EXPECT_FALSE(IsEnabled(dlg_, IDC_SELECTION_DELETE));
+        PostMessageW(dlg_, WM_COMMAND, IDC_SELECTION_RENAME, 0);  // without a key nothing happens
+    });
+    Step([this] {
+        EXPECT_EQ(uidriver::TopDialog(), dlg_);
+        RecordData now;
+        ctrl_->GetData(now);
+        EXPECT_TRUE(now.key.empty() && now.name.empty());
+        host_.On(SaveConfiguration, [](std::uint64_t, std::int64_t) { return 0; });  // gives no key
+    });
+    Press(IDC_SELECTION_SAVE);
+    AnswerName(L"", L"Lost");
+    Step([=] { EXPECT_EQ(SendMessageW(combo(), CB_GETCOUNT, 0, 0), 1) << "what was not stored is not offered"; });
+    Step([=] { SetFocus(combo()); });
+    Step([] { uidriver::Key(VK_DOWN); });
+    RunToOk();
+    EXPECT_EQ(record_.name, L"Other");
+
+    record_ = {};
+    record_.data = CurrentDrawing();
+    Step([=] { EXPECT_EQ(Shown(combo()), L"Other") << "the next selection opens with it"; });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, ItemsThatAreGoneStayUntilTheyAreUnchecked) {
+    record_.data = FullData();
+    Pick(L"Rooms");
+    Step([this] {
+        EXPECT_EQ(TreeTexts(Tree(Rooms)), (Texts{L"Floor", L"Hall", L"Kitchen", L"Not found", L"Unknown item 99"}));
+        EXPECT_EQ(CheckedTexts(Tree(Rooms)), (Texts{L"Hall", L"Kitchen", L"Unknown item 99"}));
+    });
+    Turn(L"Hall");
+    Pick(L"Model drawings");
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(0)), (Texts{L"First floor", L"C:\\Old\\Gone.dwg"})); });
+    Turn(L"Cellar");
+    Pick(L"Layouts");
+    Turn(L"A1");
+    Pick(L"Systems");
+    Turn(L"TK01");
+    RunToOk();
+    EXPECT_EQ(record_.data.rooms, (Ids{12, 99, 12})) << "the others in their order";
+    EXPECT_EQ(
+        record_.data.modelDrawings,
+        (std::vector<DrawingRef>{
+            {1,  L"C:\\Project\\Floor1.dwg"        },
+            {77, L"C:\\Old\\Gone.dwg"              },
+            {2,  L"C:\\Project\\Cellar\\Cellar.dwg"}
+    }));
+    EXPECT_EQ(record_.data.layouts, NamesIn(L"C:\\Project\\Floor1.dwg", 1, {L"A3", L"Old layout", L"A1"}));
+    EXPECT_EQ(record_.data.systems, (Ids{32, -4})) << "an id that no row can have stays too";
+
+    Pick(L"Rooms");
+    Turn(L"Unknown item 99");
+    Pick(L"Layouts");
+    Turn(L"Old layout");
+    Pick(L"Selection areas");
+    Turn(L"North");
+    RunToOk();
+    EXPECT_EQ(record_.data.rooms, (Ids{12, 12}));
+    EXPECT_EQ(record_.data.layouts, NamesIn(L"C:\\Project\\Floor1.dwg", 1, {L"A3", L"A1"}));
+    EXPECT_EQ(record_.data.selectionAreas, NameListInDwg()) << "no longer all";
+}
+
+TEST_F(ObjectSelectionCtrlTest, NamesAndRulesOutOfForceAreDroppedWhenRead) {
+    record_.data = FullData();
+    record_.data.selectionAreas = {};
+    for (const wchar_t* const node : {L"Layouts", L"Data filter", L"Selection areas"})
+        Pick(node, true);
+    Press(IDC_SELECTION_CURRENT);
+    Press(IDC_SELECTION_SELECTED);
+    Pick(L"Layouts");
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(Layouts)), (Texts{L"A3", L"Old layout"})) << "not yet"; });
+    Pick(L"Selection areas");
+    Turn(L"North");
+    RunToOk();
+    EXPECT_TRUE(record_.data.layouts.IsEmpty());
+    EXPECT_TRUE(record_.data.filterRules.empty());
+    EXPECT_EQ(record_.data.selectionAreas, NamesIn(L"C:\\Project\\Floor1.dwg", 1, {L"North"}));
+}
+
+TEST_F(ObjectSelectionCtrlTest, TheHostMayFillAndReadThePartTypes) {
+    record_.data = CurrentDrawing();
+    record_.data.usePartTypes = true;
+    record_.data.partTypes = {7};
+    host_.On(FillPartTypes, [](std::uint64_t tree, std::int64_t lParam) -> std::int64_t {
+        const auto& fill = *reinterpret_cast<const PartTypeFill*>(lParam);
+        EXPECT_EQ(fill.data->partTypes, Ids{7});
+        EXPECT_EQ(fill.flagMask, 0x640000);
+        TREE_INSERTLIST rows;
+        rows.push_back(0, 0, Lng::Hpv, -1, ustr(L"Host's own"));
+        rows.push_back(1, 61, Lng::Hpv, -1, ustr(L"Valve"));
+        rows.push_back(1, 62, Lng::Hpv, -1, ustr(L"Damper"));
+        FillTree(reinterpret_cast<HWND>(tree), rows);
+        return 1;
+    });
+    Step([this] {
+        EXPECT_EQ(TreeTexts(Tree(PartTypes)), (Texts{L"Host's own", L"Valve", L"Damper"}));
+        EXPECT_FALSE(IsWindowVisible(SearchField())) << "only the host knows what its rows are";
+    });
+    Turn(L"Damper");
+    RunToOk();
+    EXPECT_EQ(host_.Count(GetPartTypes), 0);
+    EXPECT_EQ(record_.data.partTypes, (Ids{7, 62}));
+
+    host_.On(ReadPartTypes, [](std::uint64_t tree, std::int64_t lParam) -> std::int64_t {
+        EXPECT_TRUE(IsWindow(reinterpret_cast<HWND>(tree)));
+        reinterpret_cast<Data*>(lParam)->partTypes = {1000};
+        return 1;
+    });
+    host_.Answers(FillPartTypes, 0);
+    Step([this] { EXPECT_EQ(TreeTexts(Tree(PartTypes)).front(), L"Ducts"); });
+    RunToOk();
+    EXPECT_EQ(record_.data.partTypes, Ids{1000});
+}
+
+TEST_F(ObjectSelectionCtrlTest, SchematicsKeepPartTypesByName) {
+    setup_.app = Lng::Schematics;
+    record_.data = CurrentDrawing();
+    record_.data.usePartTypes = true;
+    record_.data.partTypes = {51};
+    record_.data.partTypesAlt = {"Bend", "Gone \xC3\xA4"};
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(PartTypes)), (Texts{L"Bend", L"Gone ä"})); });
+    Turn(L"Round duct");
+    Turn(L"Bend");
+    RunToOk();
+    EXPECT_EQ(record_.data.partTypesAlt, (std::vector<astr>{"Gone \xC3\xA4", "Round duct"}));
+    EXPECT_EQ(record_.data.partTypes, Ids{51}) << "are another application's";
+}
+
+TEST_F(ObjectSelectionCtrlTest, DrawingsAreShownByFolderForAllSelections) {
+    AddDrawing({3, L"c:/project/floor2.dwg"}, L"");
+    host_.drawings.back().layouts = {L"A1"};
+    AddDrawing({4, L"C:\\Project\\Cellar\\floor2.dwg"}, L"");
+    record_.data = SelectedDrawings();
+    record_.data.modelDrawings = {
+        {0, L"C:\\PROJECT\\CELLAR\\cellar.dwg"}
+    };
+    Step([this] {
+        EXPECT_EQ(TreeTexts(Tree(0)),
+                  (Texts{L"First floor", L"Cellar", L"floor2.dwg (c:/project)", L"floor2.dwg (C:\\Project\\Cellar)"}))
+            << "the same names are told apart";
+        EXPECT_EQ(CheckedTexts(Tree(0)), Texts{L"Cellar"}) << "by path, in any case";
+    });
+    Command(401);
+    Step([this] {
+        EXPECT_EQ(TreeTexts(Tree(0)),
+                  (Texts{L"Project", L"First floor", L"floor2.dwg", L"Cellar", L"Cellar", L"floor2.dwg"}));
+    });
+    Turn(L"First floor");
+    Command(400);
+    Step([this] { EXPECT_EQ(TreeTexts(Tree(0)), (Texts{L"Project", L"First floor", L"floor2.dwg"})); });
+    Turn(L"First floor");
+    Pick(L"Layouts");
+    Step([this] {
+        EXPECT_EQ(TreeTexts(Tree(Layouts)), (Texts{L"Project", L"First floor", L"A1", L"A3", L"floor2.dwg", L"A1"}));
+    });
+    RunToOk();
+    EXPECT_EQ(record_.data.modelDrawings, (std::vector<DrawingRef>{
+                                              {0, L"C:\\PROJECT\\CELLAR\\cellar.dwg"}
+    }))
+        << "what is not shown stays";
+
+    Step([this] { EXPECT_EQ(TreeTexts(Tree(0)).front(), L"Project") << "the next selection shows them so too"; });
+    Command(400);
+    Command(401);
+    Step([this] { EXPECT_EQ(TreeTexts(Tree(0)).size(), 4u); });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, ManagingDrawingsTakesTheLockAndShowsWhatIsNew) {
+    const Messages kManaging = {LockProject, UnlockProject, ManageDrawings, GetLabels, GetDrawings};
+    const auto labels = [this] { return Shown(uidriver::Control(dlg_, IDC_SELECTION_LABELS)); };
+    setup_.flagMask = kLockForDrawings;
+    record_.data = SelectedDrawings();
+    host_.On(GetLabels, [](std::uint64_t wParam, std::int64_t) -> std::int64_t {
+        *reinterpret_cast<LabelManager::Labels*>(wParam) = LabelManager::Labels(L"North,South");
+        return 0;
+    });
+    host_.On(ManageDrawings, [this](std::uint64_t wParam, std::int64_t) -> std::int64_t {
+        EXPECT_EQ(reinterpret_cast<HWND>(wParam), dlg_);
+        AddDrawing({5, L"C:\\Project\\New.dwg"}, L"New");
+        return 0;
+    });
+    Step([=, this] {
+        EXPECT_EQ(labels(), L"North, South");
+        EXPECT_TRUE(GetWindowLongW(uidriver::Control(dlg_, IDC_SELECTION_LABELS), GWL_STYLE) & ES_READONLY);
+        host_.asked.clear();
+        host_.Answers(LockProject, 1);
+    });
+    Command(402);
+    Step([=, this] {
+        EXPECT_EQ(host_.Order(kManaging), Messages{LockProject});
+        EXPECT_EQ(reinterpret_cast<HWND>(host_.asked.back().wParam), dlg_);
+        host_.answers.pop_back();
+        host_.asked.clear();
+    });
+    Command(402);
+    Step([=, this] {
+        EXPECT_EQ(host_.Order(kManaging),
+                  (Messages{LockProject, ManageDrawings, GetLabels, UnlockProject, GetDrawings}));
+        EXPECT_EQ(CheckedTexts(Tree(0)), Texts{L"First floor"});
+        EXPECT_NE(uidriver::FindTreeItem(Tree(0), L"New"), nullptr);
+    });
+    RunToOk();
+
+    setup_ = {};
+    setup_.app = Lng::Common;
+    host_.asked.clear();
+    Command(402);
+    RunToOk();
+    EXPECT_EQ(host_.Count(ManageDrawings), 0) << "offered by two applications only";
+}
+
+/// The entries of the menu that is open; "-" for a separator, "* " before what is checked, "# " what is grey.
+Texts OpenMenuEntries() {
+    const HWND window = FindWindowW(L"#32768", nullptr);
+    const auto menu = reinterpret_cast<HMENU>(SendMessageW(window, MN_GETHMENU, 0, 0));
+    Texts entries;
+    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+        wchar_t text[128] = L"";
+        GetMenuStringW(menu, static_cast<UINT>(i), text, 128, MF_BYPOSITION);
+        const UINT state = GetMenuState(menu, static_cast<UINT>(i), MF_BYPOSITION);
+        const std::wstring mark = state & MF_CHECKED ? L"* " : state & MF_GRAYED ? L"# " : L"";
+        entries.push_back(state & MF_SEPARATOR ? L"-" : mark + text);
+    }
+    return entries;
+}
+
+TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboardAsks) {
+    const Texts kItems = {L"Show drawings from current folder only",
+                          L"Show as folder tree",
+                          L"-",
+                          L"Add/remove model drawings...",
+                          L"-",
+                          L"Select all",
+                          L"Select none",
+                          L"Invert"};
+    record_.data = SelectedDrawings();
+    const auto open = [this](std::function<HWND()> from) {
+        Step([=, this] { PostMessageW(dlg_, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(from()), MAKELPARAM(-1, -1)); });
+    };
+    const auto close = [this](Texts expected) {
+        script_->WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
+        Step([=] {
+            EXPECT_EQ(OpenMenuEntries(), expected);
+            EndMenu();
+        });
+    };
+    open([this] { return Tree(0); });
+    close(kItems);
+    open([this] { return Categories(dlg_); });
+    close(kItems);
+    Pick(L"Data filter", true);
+    open([this] { return uidriver::Control(dlg_, IDC_SELECTION_FILTER); });
+    close({L"# Edit...", L"-", L"Add...", L"-", L"# Delete"});
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, ASearchNarrowsATreeAndAllMeansWhatItShows) {
+    record_.data = CurrentDrawing();
+    record_.data.useSystems = true;
+    Step([this] { uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"02"); });
+    Step([this] { EXPECT_EQ(TreeTexts(Tree(Systems)), (Texts{L"Supply air", L"TK02"})); });
+    Command(410);
+    Pick(L"Part types");
+    Step([this] {
+        EXPECT_EQ(uidriver::Text(SearchField()), L"") << "each tree has its own";
+        EXPECT_FALSE(IsWindowEnabled(SearchField()));
+    });
+    Pick(L"Systems");
+    Step([this] {
+        EXPECT_EQ(uidriver::Text(SearchField()), L"02");
+        uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"");
+    });
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(Systems)), Texts{L"TK02"}); });
+    Command(412);
+    Step([this] { EXPECT_EQ(CheckedTexts(Tree(Systems)), Texts{L"TK01"}); });
+    RunToOk();
+    EXPECT_EQ(record_.data.systems, Ids{31});
+    Command(411);
+    RunToOk();
+    EXPECT_EQ(record_.data.systems, Ids());
+    EXPECT_TRUE(record_.data.useSystems);
+}
+
+TEST_F(ObjectSelectionCtrlTest, AHostThatThrowsOrTalksNonsenseDoesNoHarm) {
+    setup_.mode = Ctrl::Configurations;
+    record_.data = FullData();
+    const RecordData before = record_;
+    for (int message = LoadConfiguration; message <= ChooseValue; ++message) {
+        // What was filled before does not count.
+        host_.On(static_cast<CbMsgId>(message), [=](std::uint64_t, std::int64_t lParam) -> std::int64_t {
+            if (message == GetRooms) *reinterpret_cast<TREE_INSERTLIST*>(lParam) = SelectionHost().rooms;
+            throw std::runtime_error("host");
+        });
+    }
+    for (const wchar_t* const node : {L"Rooms", L"Systems", L"Part types", L"Layouts"})
+        Pick(node);
+    Command(402);
+    Press(IDC_SELECTION_SAVE_AS);
+    AnswerName(L"", L"New");
+    RunToOk();
+    EXPECT_EQ(record_, before);
+
+    host_ = {};
+    host_.On(GetRooms, [](std::uint64_t, std::int64_t lParam) -> std::int64_t {
+        auto& rows = *reinterpret_cast<TREE_INSERTLIST*>(lParam);
+        for (const std::int64_t value : {11LL, 11LL, 0LL, -3LL, 5'000'000'000LL, 12LL})
+            rows.push_back(value == 12 ? -5 : 9, value, Lng::Hpv, -1, ustr(L"Row"));
+        return -1;
+    });
+    for (const CbMsgId message : {HasRooms, HasSelectionAreas, ReadPartTypes, ManageDrawings})
+        host_.Answers(message, -7);
+    host_.drawings.push_back(host_.drawings[0]);
+    host_.drawings.emplace_back();
+    for (const wchar_t* const node : {L"Layouts", L"Rooms"})
+        Pick(node);
+    Command(411);
+    RunToOk();
+    EXPECT_EQ(record_.data.rooms, Ids());
+    EXPECT_EQ(record_.data.layouts, before.data.layouts);
+}
+
+TEST_F(ObjectSelectionCtrlTest, ManyRoomsAreFilledSearchedCheckedAndRead) {
+    const auto fill = [this](int count) {
+        host_.rooms.clear();
+        host_.rooms.push_back(0, 0, Lng::Hpv, -1, ustr(L"Floor"));
+        for (int id = 1; id <= count; ++id)
+            host_.rooms.push_back(1, id, Lng::Hpv, -1, ustr(std::to_wstring(id).c_str()));
+        record_.data = CurrentDrawing();
+        record_.data.useRooms = true;
+    };
+    fill(100'000);
+    Step([this] {
+        EXPECT_EQ(TreeView_GetCount(Tree(Rooms)), 100'001u);
+        uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"99999");
+    });
+    Turn(L"99999");
+    RunToOk();
+    EXPECT_EQ(record_.data.rooms, Ids{99'999});
+
+    fill(20'000);
+    record_.data.rooms.assign(10'000, 0);
+    std::iota(record_.data.rooms.begin(), record_.data.rooms.end(), 15'000);
+    Turn(L"Floor");
+    RunToOk();
+    EXPECT_EQ(record_.data.rooms.size(), 24'999u) << "with those that the host does not list";
+    EXPECT_EQ(record_.data.rooms.front(), 15'000) << "those it had come first";
+}
+
+TEST_F(ObjectSelectionCtrlTest, FollowsTheDialogByItsAnchors) {
+    struct Growth {
+        int ctrlId;
+        RECT edges;
+    };
+    const auto check = [this](const std::vector<Growth>& expected) {
+        std::vector<RECT> before;
+        for (const Growth& growth : expected)
+            before.push_back(PlaceOf(dlg_, uidriver::Control(dlg_, growth.ctrlId)));
+        RECT window{};
+        GetWindowRect(dlg_, &window);
+        SetWindowPos(dlg_, nullptr, 0, 0, static_cast<int>(window.right - window.left) + 100,
+                     static_cast<int>(window.bottom - window.top) + 60, SWP_NOMOVE | SWP_NOZORDER);
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            const RECT now = PlaceOf(dlg_, uidriver::Control(dlg_, expected[i].ctrlId));
+            const RECT moved{now.left - before[i].left, now.top - before[i].top, now.right - before[i].right,
+                             now.bottom - before[i].bottom};
+            EXPECT_TRUE(EqualRect(&moved, &expected[i].edges))
+                << expected[i].ctrlId << ": " << moved.left << ' ' << moved.top << ' ' << moved.right << ' '
+                << moved.bottom;
+        }
+    };
+    setup_.anchor = [](Ctrl& ctrl) { ctrl.SetAnchoring(true, true, true, true); };
+    Step([=] {
+        check({
+            {IDC_SELECTION_GROUP,         {0, 0, 100, 60} },
+            {IDC_SELECTION_SELECTED,      {0, 0, 0, 0}    },
+            {IDC_SELECTION_CATEGORIES,    {0, 0, 0, 60}   },
+            {IDC_SELECTION_ITEMS,         {0, 0, 100, 60} },
+            {1000 + HostAreas,            {0, 0, 100, 60} },
+            {1000 + 14,                   {0, 0, 100, 0}  },
+            {IDC_SELECTION_FILTER,        {0, 0, 100, 60} },
+            {IDC_SELECTION_NO_DATA,       {0, 0, 100, 60} },
+            {IDC_SELECTION_CONFIGURATION, {0, 0, 100, 0}  },
+            {IDC_SELECTION_SAVE,          {100, 0, 100, 0}},
+            {IDC_SELECTION_RENAME,        {100, 0, 100, 0}},
+            {IDC_SELECTION_NAME,          {0, 0, 0, 0}    }
+        });
+    });
+    RunToOk();
+
+    setup_.anchor = [](Ctrl& ctrl) { ctrl.SetAnchoring(0.25, 0.5, 0.75, 1.0); };
+    Step([=] {
+        check({
+            {IDC_SELECTION_GROUP,      {25, 30, 75, 60}},
+            {IDC_SELECTION_MANUAL,     {25, 30, 25, 30}},
+            {IDC_SELECTION_CATEGORIES, {25, 30, 25, 60}},
+            {1000 + Rooms,             {25, 30, 75, 60}},
+            {IDC_SELECTION_DELETE,     {75, 30, 75, 30}}
+        });
+    });
+    RunToOk();
+
+    setup_.anchor = [](Ctrl& ctrl) { ctrl.SetAnchoring(false, false, false, false); };
+    Step([=] {
+        check({
+            {IDC_SELECTION_GROUP, {100, 60, 0, 0}},
+            {IDC_SELECTION_SAVE,  {0, 60, 0, 60} }
+        });
+    });
+    RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, CopiesTakeTheStateOverAndShareNothing) {
+    SelectionDlg dialog(parent_, setup_, host_.Callback());
+    dialog.ctrl.SetData("key", L"name", nullptr);
+    Ctrl copy;
+    copy = dialog.ctrl;
+    const Data data = CurrentDrawing();
+    copy.SetData(data, nullptr);
+    RecordData record;
+    copy.GetData(record);
+    EXPECT_TRUE(record.key.empty());
+    EXPECT_EQ(record.name, L"name");
+    EXPECT_EQ(record.data, data);
+    EXPECT_EQ(copy.GetFlagMask(), dialog.ctrl.GetFlagMask());
+    dialog.ctrl.SetData(nullptr, nullptr, nullptr);
+    dialog.ctrl.GetData(record);
+    EXPECT_EQ(record.key, "key");
+    EXPECT_EQ(record.data, Data());
+    EXPECT_FALSE(copy.Data2Ctrls()) << "there is no window yet";
+}
+
+}  // namespace

@@ -1,0 +1,857 @@
+#include <gtest/gtest.h>
+#include <occommonui/ObjectSelection.h>
+#include <orvatool/InterApp.h>
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/driver/UiDriver.h"
+#include "objectselection_ids.h"
+
+namespace {
+
+namespace Dlg = ObjectSelection::Dlg;
+using ObjectSelection::Property;
+using uidriver::Script;
+using Texts = std::vector<std::wstring>;
+
+constexpr int kAskTree = 104;  // the tree of the question for a value
+
+/// A host that answers from what it is given, and keeps what it was asked.
+class Host {
+public:
+    struct Question {
+        Dlg::CbMsgId message;
+        std::uint64_t wParam;
+        bool operator==(const Question&) const = default;
+    };
+
+    std::vector<Dlg::PropertyEntry> properties{
+        {1,  L"Layer",        L""            },
+        {12, L"Air flow",     L"Flow"        },
+        {13, L"Débit d'eau", L"Flow"        },
+        {20, L"Product",      L"Product data"},
+        {21, L"Pressure",     L"Flow"        },
+        {30, L"System",       L"Product data"},
+    };
+    std::map<std::uint64_t, std::int64_t> kinds{
+        {1, Dlg::NumberValue},
+        {2, Dlg::NumberValue},
+        {5, Dlg::ChoiceValue}
+    };
+    std::vector<Dlg::ValueEntry> values{
+        {L"S1",  L"Supply 1", 0},
+        {L"S1a", L"Branch",   1},
+        {L"E1",  L"",         0}
+    };
+    std::wstring unit;
+    bool throws = false;
+    std::function<void(Dlg::EditorSetup&, const Property&)> setUp = [](auto&, auto&) {};
+    std::function<bool(Dlg::ValueChoice&, HWND)> choose = [](auto&, auto) { return false; };
+    std::vector<Question> asked;
+
+    Dlg::Callback Get() {
+        return [this](Dlg::CbMsgId message, std::uint64_t wParam, std::int64_t lParam) {
+            asked.push_back({message, message == Dlg::SetUpEditor || message == Dlg::ChooseValue ? 0 : wParam});
+            const std::int64_t answer = Answer(message, wParam, lParam);
+            if (throws) throw std::runtime_error("the host fails");
+            return answer;
+        };
+    }
+    std::ptrdiff_t Count(Dlg::CbMsgId message) const {
+        return std::count_if(asked.begin(), asked.end(), [=](const Question& q) { return q.message == message; });
+    }
+
+private:
+    template <class T>
+    static T& At(std::uint64_t parameter) {
+        return *reinterpret_cast<T*>(parameter);
+    }
+
+    void Name(std::int32_t propId, ustr& name) const {
+        for (const Dlg::PropertyEntry& property : properties) {
+            if (property.id == propId) name = property.name;
+        }
+    }
+
+    std::int64_t Answer(Dlg::CbMsgId message, std::uint64_t wParam, std::int64_t lParam) {
+        const auto pointer = static_cast<std::uint64_t>(lParam);
+        if (message == Dlg::GetProperties) At<std::vector<Dlg::PropertyEntry>>(pointer) = properties;
+        if (message == Dlg::GetPropertyKind) return kinds.contains(wParam) ? kinds[wParam] : Dlg::TextValue;
+        if (message == Dlg::GetPropertyName) Name(static_cast<std::int32_t>(wParam), At<ustr>(pointer));
+        if (message == Dlg::GetValueText) At<Dlg::ValueText>(pointer).text.append(unit);
+        if (message == Dlg::GetPropertyValues) At<std::vector<Dlg::ValueEntry>>(pointer) = values;
+        if (message == Dlg::SetUpEditor) setUp(At<Dlg::EditorSetup>(wParam), At<const Property>(pointer));
+        if (message == Dlg::ChooseValue) return choose(At<Dlg::ValueChoice>(wParam), reinterpret_cast<HWND>(pointer));
+        return 0;
+    }
+};
+
+/// What is shown: mnemonics are a matter of the toolkit.
+std::wstring Shown(HWND dlg, int ctrlId) {
+    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
+    std::erase(text, L'&');
+    return text;
+}
+HWND Tree(HWND dlg) {
+    return uidriver::Control(dlg, IDC_OBJSELPROP_PROPERTIES);
+}
+HWND List(HWND dlg) {
+    return uidriver::Control(dlg, IDC_OBJSELPROP_CRITERIA);
+}
+bool Visible(HWND dlg, int ctrlId) {
+    return IsWindowVisible(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+bool Enabled(HWND dlg, int ctrlId) {
+    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+bool HasFocus(HWND dlg, int ctrlId) {
+    return GetFocus() == uidriver::Control(dlg, ctrlId);
+}
+bool IsChecked(HWND dlg, int ctrlId) {
+    return SendDlgItemMessageW(dlg, ctrlId, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+Texts Operators(HWND dlg) {
+    return uidriver::ListColumn(List(dlg), 0);
+}
+Texts Values(HWND dlg) {
+    return uidriver::ListColumn(List(dlg), 1);
+}
+std::wstring Preview(HWND dlg) {
+    return Shown(dlg, IDC_OBJSELPROP_PREVIEW);
+}
+std::wstring Selected(HWND dlg) {
+    wchar_t text[260] = L"";
+    TVITEMW item{};
+    item.mask = TVIF_TEXT;
+    item.hItem = TreeView_GetSelection(Tree(dlg));
+    item.pszText = text;
+    item.cchTextMax = 260;
+    SendMessageW(Tree(dlg), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    return text;
+}
+Texts ComboTexts(HWND dlg, int ctrlId) {
+    const HWND combo = uidriver::Control(dlg, ctrlId);
+    Texts texts;
+    const auto count = static_cast<WPARAM>(SendMessageW(combo, CB_GETCOUNT, 0, 0));
+    for (WPARAM i = 0; i < count; ++i) {
+        std::wstring text(static_cast<std::size_t>(SendMessageW(combo, CB_GETLBTEXTLEN, i, 0)), L'\0');
+        SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()));
+        texts.push_back(text);
+    }
+    return texts;
+}
+/// Picks an entry as the user does who types its beginning.
+void Pick(HWND dlg, int ctrlId, const wchar_t* text) {
+    const HWND combo = uidriver::Control(dlg, ctrlId);
+    ASSERT_TRUE(IsWindowVisible(combo) && IsWindowEnabled(combo));
+    SetFocus(combo);
+    ASSERT_GE(SendMessageW(combo, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text)), 0);
+    SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(ctrlId, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
+}
+void SelectInTree(HWND dlg, const wchar_t* text) {
+    const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), text);
+    TreeView_EnsureVisible(Tree(dlg), item);
+    uidriver::ClickTreeItem(Tree(dlg), item);
+}
+
+/// The user's decimal separator, in a scope.
+class DecimalSeparator {
+public:
+    explicit DecimalSeparator(const wchar_t* separator) {
+        GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, before_, 8);
+        SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, separator);
+    }
+    ~DecimalSeparator() { SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, before_); }
+    DecimalSeparator(const DecimalSeparator&) = delete;
+    DecimalSeparator& operator=(const DecimalSeparator&) = delete;
+
+private:
+    wchar_t before_[8] = L"";
+};
+
+Property AirFlow() {
+    Property rule;
+    rule.propId = 12;
+    rule.matchAll = true;
+    rule.tolerance = 0.5;
+    rule.criteria = {
+        {Property::Greater, L"100.25"},
+        {Property::Less,    L"200"   }
+    };
+    return rule;
+}
+
+class RuleEditorTest : public testing::Test {
+protected:
+    void SetUp() override {
+        SetProductKey(L"Software\\OrvaCADTest");
+        Lng::SetLanguage(L"en");
+        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
+    }
+    void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest"); }
+
+    /// Adds a step that works on the dialog.
+    void Step(std::function<void(HWND)> step) {
+        script_.Then([this, step] { step(dlg_); });
+    }
+    void Press(int ctrlId) {
+        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
+    }
+    void Key(int key, const std::vector<int>& modifiers = {}) {
+        Step([=](HWND) { uidriver::Key(key, modifiers); });
+    }
+    void Enter(int ctrlId, const std::wstring& text) {
+        Step([=](HWND dlg) { uidriver::SetText(dlg, ctrlId, text); });
+    }
+    void Choose(const wchar_t* property) {
+        Step([=](HWND dlg) { SelectInTree(dlg, property); });
+    }
+    int Run() {
+        script_.Start();
+        const int result = Dlg::Edit(Lng::Electrical, nullptr, host_.Get(), rule_);
+        EXPECT_TRUE(script_.Finished()) << script_.Failure();
+        return result;
+    }
+    /// Presses OK and expects to stay, with the focus on what is wrong.
+    void ExpectRefused(int ctrlId) {
+        Press(IDOK);
+        Step([ctrlId](HWND dlg) {
+            EXPECT_EQ(uidriver::TopDialog(), dlg);
+            EXPECT_TRUE(HasFocus(dlg, ctrlId)) << ctrlId << " but " << GetDlgCtrlID(GetFocus());
+        });
+    }
+
+    HWND dlg_ = nullptr;
+    Script script_;
+    Host host_;
+    Property rule_ = AirFlow();
+};
+
+TEST_F(RuleEditorTest, ShowsTheRuleAndGivesItBackUnchangedOnOk) {
+    host_.unit = L" l/s";
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Object selection set property - OrvaCAD Electrical");
+        EXPECT_EQ(Selected(dlg), L"Air flow");
+        EXPECT_EQ(Operators(dlg), (Texts{L"Greater than", L"Less than"}));
+        EXPECT_EQ(Values(dlg), (Texts{L"100.25 l/s", L"200 l/s"}));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"100.25");
+        EXPECT_TRUE(HasFocus(dlg, IDC_OBJSELPROP_VALUE));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_ANY), L"OR (Any rule may be true)");
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_ALL), L"AND (All rules must be true)");
+        EXPECT_FALSE(IsChecked(dlg, IDC_OBJSELPROP_ANY));
+        EXPECT_TRUE(IsChecked(dlg, IDC_OBJSELPROP_ALL));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_TOLERANCE), L"0.5");
+        EXPECT_EQ(Preview(dlg), L"Air flow: greater than 100.25 l/s and less than 200 l/s (tolerance 0.5)");
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_, AirFlow());
+    ASSERT_GE(host_.asked.size(), 3u);
+    host_.asked.resize(3);
+    EXPECT_EQ(host_.asked, (std::vector<Host::Question>{
+                               {Dlg::GetProperties,   0},
+                               {Dlg::GetPropertyKind, 1},
+                               {Dlg::SetUpEditor,     0}
+    }));
+}
+
+TEST_F(RuleEditorTest, ANewRuleIsMadeFromTheKeyboard) {
+    rule_ = Property();
+    Step([](HWND dlg) {
+        EXPECT_TRUE(HasFocus(dlg, IDC_OBJSELPROP_SEARCH));
+        EXPECT_EQ(Operators(dlg), (Texts{L"Equal to"})) << "a first criterion stands ready";
+        EXPECT_EQ(Preview(dlg), L"");
+        EXPECT_FALSE(Enabled(dlg, IDC_OBJSELPROP_CHOOSE)) << "of no property";
+        uidriver::Type(L"debit");
+    });
+    Step([](HWND dlg) {
+        EXPECT_EQ(Selected(dlg), L"Débit d'eau");
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_TOLERANCE)) << "it is a number";
+    });
+    Key(VK_RETURN);
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg) << "Enter takes what the search has found";
+        EXPECT_TRUE(HasFocus(dlg, IDC_OBJSELPROP_VALUE));
+        uidriver::Type(L"12.5");
+    });
+    Step([](HWND dlg) {
+        EXPECT_EQ(Values(dlg), (Texts{L"12.5"}));
+        EXPECT_EQ(Preview(dlg), L"Débit d'eau: equal to 12.5");
+    });
+    Key(VK_RETURN);
+    EXPECT_EQ(Run(), 0);
+    Property expected;
+    expected.propId = 13;
+    expected.criteria = {
+        {Property::Equal, L"12.5"}
+    };
+    EXPECT_EQ(rule_, expected);
+}
+
+TEST_F(RuleEditorTest, CancelAndFailureLeaveTheRule) {
+    Enter(IDC_OBJSELPROP_VALUE, L"7");
+    Choose(L"Layer");
+    Press(IDC_OBJSELPROP_INSERT);
+    Key(VK_ESCAPE);
+    EXPECT_EQ(Run(), -1);
+    EXPECT_EQ(rule_, AirFlow());
+
+    EXPECT_EQ(Dlg::Edit(Lng::Hpv, nullptr, nullptr, rule_), -1) << "no host";
+    const HWND gone = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    DestroyWindow(gone);
+    EXPECT_EQ(Dlg::Edit(Lng::Hpv, gone, host_.Get(), rule_), -1);
+    EXPECT_EQ(rule_, AirFlow());
+}
+
+TEST_F(RuleEditorTest, OkRefusesWhatIsMissingOrWrongOneAfterTheOther) {
+    rule_ = Property();
+    ExpectRefused(IDC_OBJSELPROP_PROPERTIES);
+    Choose(L"Flow");
+    ExpectRefused(IDC_OBJSELPROP_PROPERTIES);  // a heading
+    Choose(L"Pressure");
+    ExpectRefused(IDC_OBJSELPROP_VALUE);
+    Press(IDC_OBJSELPROP_REMOVE);
+    ExpectRefused(IDC_OBJSELPROP_CRITERIA);
+    Press(IDC_OBJSELPROP_INSERT);
+    Step([](HWND) { uidriver::Type(L"high"); });
+    Choose(L"Air flow");
+    ExpectRefused(IDC_OBJSELPROP_VALUE);  // no number
+    Enter(IDC_OBJSELPROP_VALUE, L"5");
+    for (const wchar_t* tolerance : {L"-1", L"x", L"1e999"}) {
+        Enter(IDC_OBJSELPROP_TOLERANCE, tolerance);
+        ExpectRefused(IDC_OBJSELPROP_TOLERANCE);
+    }
+    Enter(IDC_OBJSELPROP_TOLERANCE, L" .25");
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.propId, 12);
+    EXPECT_EQ(rule_.tolerance, 0.25);
+    EXPECT_EQ(rule_.criteria, (std::vector<Property::Criterion>{
+                                  {Property::Equal, L"5"}
+    }));
+}
+
+TEST_F(RuleEditorTest, OkGoesToTheRowThatIsRefused) {
+    rule_.criteria[1].value = L"much";
+    ExpectRefused(IDC_OBJSELPROP_VALUE);
+    Step([](HWND dlg) {
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"much");
+        Pick(dlg, IDC_OBJSELPROP_OPERATOR, L"Is not empty");
+    });
+    Step([](HWND dlg) {
+        EXPECT_FALSE(Enabled(dlg, IDC_OBJSELPROP_VALUE)) << "the operation needs none";
+        EXPECT_FALSE(Enabled(dlg, IDC_OBJSELPROP_CHOOSE));
+        EXPECT_EQ(Values(dlg), (Texts{L"100.25", L""}));
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria[1].operation, Property::IsNotEmpty);
+}
+
+TEST_F(RuleEditorTest, CriteriaAreInsertedAndRemovedByButtonKeyAndMenu) {
+    Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 0); });
+    Key(VK_INSERT);
+    Step([](HWND dlg) {
+        EXPECT_TRUE(HasFocus(dlg, IDC_OBJSELPROP_VALUE));
+        uidriver::Type(L"1");
+    });
+    Step([](HWND dlg) { EXPECT_EQ(Values(dlg), (Texts{L"100.25", L"1", L"200"})); });
+    Step([](HWND dlg) {
+        SetFocus(List(dlg));
+        PostMessageW(dlg, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List(dlg)), -1);
+    });
+    script_.Then([] {
+        const auto menu = reinterpret_cast<HMENU>(SendMessageW(FindWindowW(L"#32768", nullptr), MN_GETHMENU, 0, 0));
+        wchar_t text[64] = L"";
+        GetMenuStringW(menu, 0, text, 64, MF_BYPOSITION);
+        std::wstring shown = text;
+        std::erase(shown, L'&');
+        EXPECT_EQ(shown, L"Insert\tIns");
+        uidriver::Key(VK_DOWN);
+        uidriver::Key(VK_RETURN);
+    });
+    Step([](HWND dlg) { EXPECT_EQ(Values(dlg), (Texts{L"100.25", L"1", L"", L"200"})); });
+    Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1); });
+    Key(VK_DOWN, {VK_SHIFT});
+    Step([](HWND dlg) {
+        EXPECT_EQ(ListView_GetSelectedCount(List(dlg)), 2u);
+        EXPECT_FALSE(Enabled(dlg, IDC_OBJSELPROP_VALUE)) << "of several rows none is edited";
+    });
+    Key(VK_DELETE);
+    Step([](HWND dlg) {
+        EXPECT_EQ(Values(dlg), (Texts{L"100.25", L"200"}));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"200") << "the next row is selected";
+    });
+    Press(IDC_OBJSELPROP_REMOVE);
+    Key(VK_F2);
+    Press(IDC_OBJSELPROP_ANY);
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria, (std::vector<Property::Criterion>{
+                                  {Property::Greater, L"100.25"}
+    }));
+    EXPECT_FALSE(rule_.matchAll);
+}
+
+TEST_F(RuleEditorTest, DeleteInTheValueDeletesText) {
+    Step([](HWND dlg) { SendDlgItemMessageW(dlg, IDC_OBJSELPROP_VALUE, EM_SETSEL, 0, 1); });
+    Key(VK_DELETE);
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    ASSERT_EQ(rule_.criteria.size(), 2u);
+    EXPECT_EQ(rule_.criteria[0].value, L"00.25");
+}
+
+TEST_F(RuleEditorTest, OffersTheOperationsAndOptionsOfTheKindOfValues) {
+    const Texts numbers{L"Equal to",     L"Not equal to",
+                        L"Less than",    L"Less than or equal to",
+                        L"Greater than", L"Greater than or equal to",
+                        L"Is empty",     L"Is not empty"};
+    Step([=](HWND dlg) {
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR), numbers);
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_TOLERANCE));
+        EXPECT_FALSE(Visible(dlg, IDC_OBJSELPROP_CASE));
+    });
+    Choose(L"Layer");
+    Step([](HWND dlg) {
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR).size(), 12u);
+        EXPECT_FALSE(Visible(dlg, IDC_OBJSELPROP_TOLERANCE));
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_CASE));
+        EXPECT_EQ(Preview(dlg), L"Layer: greater than 100.25 and less than 200") << "the tolerance was of numbers";
+        Pick(dlg, IDC_OBJSELPROP_OPERATOR, L"Contains");
+    });
+    Press(IDC_OBJSELPROP_CASE);
+    Choose(L"System");
+    Step([](HWND dlg) {
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR),
+                  (Texts{L"Equal to", L"Not equal to", L"Is empty", L"Is not empty", L"Contains"}))
+            << "what is in use stays";
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_CHOICE));
+        EXPECT_FALSE(Visible(dlg, IDC_OBJSELPROP_VALUE));
+        EXPECT_FALSE(Visible(dlg, IDC_OBJSELPROP_CASE));
+    });
+    Choose(L"Layer");
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.propId, 1);
+    EXPECT_TRUE(rule_.caseSensitive);
+    EXPECT_EQ(rule_.tolerance, 0);
+    EXPECT_EQ(rule_.criteria[0].operation, Property::Contains);
+}
+
+TEST_F(RuleEditorTest, AChoiceIsShownByItsTextAndStoredByItsValue) {
+    rule_.propId = 30;
+    rule_.criteria = {
+        {Property::Equal, L"S1a"},
+        {Property::Equal, L"old"}
+    };
+    Step([](HWND dlg) {
+        EXPECT_EQ(Values(dlg), (Texts{L"Branch", L"old"}));
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_CHOICE), (Texts{L"Supply 1", L"  Branch", L"E1", L"old"}));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_CHOICE), L"  Branch");
+        EXPECT_EQ(Preview(dlg), L"System: equal to Branch and equal to old (tolerance 0.5)");
+        Pick(dlg, IDC_OBJSELPROP_CHOICE, L"E1");
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria, (std::vector<Property::Criterion>{
+                                  {Property::Equal, L"E1" },
+                                  {Property::Equal, L"old"}
+    }));
+    EXPECT_EQ(rule_.tolerance, 0.5) << "what is not offered stays as it is";
+}
+
+TEST_F(RuleEditorTest, OfManyChoicesTheValueIsChosenInATree) {
+    host_.values.clear();
+    for (int i = 0; i < 2000; ++i)
+        host_.values.push_back({std::to_wstring(i).c_str(), (L"System " + std::to_wstring(i)).c_str(), i});
+    rule_.propId = 30;
+    rule_.criteria = {
+        {Property::Equal, L"1999"}
+    };
+    Step([](HWND dlg) {
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"System 1999");
+        EXPECT_TRUE(GetWindowLongW(uidriver::Control(dlg, IDC_OBJSELPROP_VALUE), GWL_STYLE) & ES_READONLY);
+    });
+    Press(IDC_OBJSELPROP_CHOOSE);
+    script_.WithNewDialog([](HWND ask) {
+        EXPECT_EQ(uidriver::Text(ask), L"System - OrvaCAD Electrical");
+        const HWND tree = uidriver::Control(ask, kAskTree);
+        TreeView_SelectItem(tree, uidriver::FindTreeItem(tree, L"System 3"));
+        uidriver::Click(ask, IDOK);
+    });
+    Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"System 3"); });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria[0].value, L"3");
+}
+
+TEST_F(RuleEditorTest, TheHostMayChooseTheValueItself) {
+    host_.choose = [this](Dlg::ValueChoice& choice, HWND dlg) {
+        EXPECT_EQ(dlg, dlg_);
+        EXPECT_EQ(choice.propId, 12);
+        EXPECT_EQ(choice.value, L"100.25");
+        choice.value = L"300";
+        return true;
+    };
+    Press(IDC_OBJSELPROP_CHOOSE);
+    Step([](HWND dlg) {
+        EXPECT_EQ(Values(dlg), (Texts{L"300", L"200"}));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_VALUE), L"300");
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(host_.Count(Dlg::GetPropertyValues), 0);
+    EXPECT_EQ(rule_.criteria[0].value, L"300");
+}
+
+TEST_F(RuleEditorTest, WithoutValuesToChooseFromTheUserIsToldToTypeOne) {
+    host_.values.clear();
+    rule_.propId = 30;
+    Step([](HWND dlg) { EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_VALUE)); });
+    Press(IDC_OBJSELPROP_CHOOSE);
+    script_.WithNewDialog([](HWND message) {
+        EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)),
+                  L"The project has no values of this property to choose from.\nType the value instead.");
+        uidriver::Key(VK_RETURN);
+    });
+    Enter(IDC_OBJSELPROP_VALUE, L"typed");
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria[0].value, L"typed");
+}
+
+TEST_F(RuleEditorTest, NumbersAreShownWithTheUsersSeparatorAndStoredWithAPoint) {
+    const DecimalSeparator comma(L",");
+    Step([](HWND dlg) {
+        EXPECT_EQ(Values(dlg), (Texts{L"100,25", L"200"}));
+        EXPECT_EQ(Shown(dlg, IDC_OBJSELPROP_TOLERANCE), L"0,5");
+        EXPECT_EQ(Preview(dlg), L"Air flow: greater than 100,25 and less than 200 (tolerance 0,5)");
+    });
+    Enter(IDC_OBJSELPROP_VALUE, L" 1,5 ");
+    Enter(IDC_OBJSELPROP_TOLERANCE, L"0,125");
+    Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1); });
+    Enter(IDC_OBJSELPROP_VALUE, L"1.000,5");
+    ExpectRefused(IDC_OBJSELPROP_VALUE);
+    Enter(IDC_OBJSELPROP_VALUE, L"2.5");
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_.criteria, (std::vector<Property::Criterion>{
+                                  {Property::Greater, L"1.5"},
+                                  {Property::Less,    L"2.5"}
+    }));
+    EXPECT_EQ(rule_.tolerance, 0.125);
+}
+
+TEST_F(RuleEditorTest, WhatIsUnknownIsNamedAndKept) {
+    rule_.propId = 77;
+    rule_.caseSensitive = true;
+    rule_.criteria = {
+        {99, L"a\tb"},
+        {-5, L"c"   }
+    };
+    const Property before = rule_;
+    Step([](HWND dlg) {
+        EXPECT_EQ(Selected(dlg), L"Unknown property 77");
+        EXPECT_EQ(Operators(dlg), (Texts{L"Unknown operation 99", L"Unknown operation -5"}));
+        EXPECT_EQ(Preview(dlg),
+                  L"Unknown property 77: unknown operation 99 a\tb and unknown operation -5 c (tolerance 0.5) (case "
+                  L"sensitive)");
+    });
+    Choose(L"Layer");
+    Choose(L"Unknown property 77");
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_, before);
+    EXPECT_EQ(host_.Count(Dlg::GetPropertyKind), 1) << "the host knows indices of its own list only";
+}
+
+TEST_F(RuleEditorTest, TheHostMayAlterWhatIsOffered) {
+    host_.setUp = [](Dlg::EditorSetup& setup, const Property& rule) {
+        EXPECT_EQ(setup.dialog, uidriver::TopDialog() ? uidriver::TopDialog() : setup.dialog);
+        EXPECT_EQ(setup.offerTolerance, rule.propId == 12);
+        setup.kind = Dlg::NumberValue;
+        setup.offerTolerance = setup.offerCaseSensitive = true;
+    };
+    Choose(L"Layer");
+    Step([](HWND dlg) {
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_TOLERANCE));
+        EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_CASE));
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR).size(), 8u);
+    });
+    Press(IDC_OBJSELPROP_CASE);
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(host_.Count(Dlg::SetUpEditor), 2);
+    EXPECT_EQ(rule_.tolerance, 0.5);
+    EXPECT_TRUE(rule_.caseSensitive);
+}
+
+TEST_F(RuleEditorTest, ASearchMovesToWhatItFindsAndEscGoesBack) {
+    Enter(IDC_OBJSELPROP_SEARCH, L"layer");
+    Step([](HWND dlg) { EXPECT_EQ(Preview(dlg), L"Layer: greater than 100.25 and less than 200"); });
+    Enter(IDC_OBJSELPROP_SEARCH, L"no such property");
+    Step([](HWND dlg) { EXPECT_EQ(Preview(dlg), L""); });
+    Key(VK_ESCAPE);
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg) << "Esc empties the search first";
+        EXPECT_EQ(Selected(dlg), L"Air flow");
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_, AirFlow());
+}
+
+TEST_F(RuleEditorTest, AHostThatFailsIsOneThatAnswersNothing) {
+    host_.throws = true;
+    Step([](HWND dlg) {
+        EXPECT_EQ(Selected(dlg), L"Unknown property 12");
+        EXPECT_EQ(TreeView_GetCount(Tree(dlg)), 1u);
+        EXPECT_EQ(Values(dlg), (Texts{L"100.25", L"200"}));
+    });
+    Press(IDC_OBJSELPROP_CHOOSE);
+    script_.WithNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_, AirFlow());
+}
+
+TEST_F(RuleEditorTest, BearsWithNonsenseAndVeryLongLists) {
+    host_.properties.clear();
+    for (int i = 0; i < 20'000; ++i)
+        host_.properties.push_back({i % 100, i % 7 ? L"Same name" : L"", i % 3 ? L"Group" : L""});
+    for (std::uint64_t i = 0; i < 20'000; ++i)
+        host_.kinds[i] = i % 2 ? INT64_MIN : 3;
+    host_.setUp = [](Dlg::EditorSetup& setup, const Property&) { setup.kind = static_cast<Dlg::PropertyKind>(-9); };
+    rule_.criteria.assign(20'000, {Property::Contains, L"x"});
+    const Property before = rule_;
+    Step([](HWND dlg) {
+        EXPECT_EQ(TreeView_GetCount(Tree(dlg)), 20'001u);
+        EXPECT_EQ(ListView_GetItemCount(List(dlg)), 20'000);
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR).size(), 12u);
+        EXPECT_NE(Preview(dlg).find(L" ... (20000 in all)"), std::wstring::npos) << "told in short";
+    });
+    Press(IDOK);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(rule_, before);
+}
+
+TEST_F(RuleEditorTest, ReopensWhereTheUserLeftIt) {
+    RECT left{};
+    Step([&](HWND dlg) {
+        SetWindowPos(dlg, nullptr, 60, 70, 900, 640, SWP_NOZORDER);
+        GetWindowRect(dlg, &left);
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_EQ(Run(), -1);
+    Script again;
+    again.WithNewDialog([&](HWND dlg) {
+        RECT now{};
+        GetWindowRect(dlg, &now);
+        EXPECT_TRUE(EqualRect(&now, &left));
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    again.Start();
+    EXPECT_EQ(Dlg::Edit(Lng::Hpv, nullptr, host_.Get(), rule_), -1);
+    EXPECT_TRUE(again.Finished()) << again.Failure();
+}
+
+// ---- The list of rules, in the dialog of a selection
+
+HWND Rules(HWND dlg) {
+    return uidriver::Control(dlg, IDC_OBJSEL_FILTER);
+}
+
+Property Rule(int propId, std::vector<Property::Criterion> criteria) {
+    Property rule;
+    rule.propId = propId;
+    rule.criteria = std::move(criteria);
+    return rule;
+}
+
+/// The text of the tip that a list shows when the mouse rests on a row.
+std::wstring TipOf(HWND list, int row) {
+    RECT rect{};
+    ListView_GetItemRect(list, row, &rect, LVIR_BOUNDS);
+    SendMessageW(list, WM_MOUSEMOVE, 0, MAKELPARAM(rect.left + 40, (rect.top + rect.bottom) / 2));
+    struct Question {
+        HWND list;
+        wchar_t text[512];
+    } question{list, L""};
+    const auto ask = [](HWND window, LPARAM parameter) -> BOOL {
+        Question& asked = *reinterpret_cast<Question*>(parameter);
+        TTTOOLINFOW tool{};
+        tool.cbSize = TTTOOLINFOW_V2_SIZE;
+        tool.hwnd = asked.list;
+        tool.uId = reinterpret_cast<UINT_PTR>(asked.list);
+        tool.lpszText = asked.text;
+        wchar_t name[64] = L"";
+        GetClassNameW(window, name, 64);
+        if (lstrcmpiW(name, TOOLTIPS_CLASSW) == 0)
+            SendMessageW(window, TTM_GETTEXTW, 512, reinterpret_cast<LPARAM>(&tool));
+        return asked.text[0] == L'\0';
+    };
+    EnumThreadWindows(GetCurrentThreadId(), ask, reinterpret_cast<LPARAM>(&question));
+    return question.text;
+}
+
+class FilterRulesTest : public RuleEditorTest {
+protected:
+    void SetUp() override {
+        RuleEditorTest::SetUp();
+        data_.bySelectionSet = data_.currentDrawing = true;
+        data_.filterRules = {
+            Rule(12, {{Property::Greater, L"100"}, {Property::Less, L"200"}}
+             ), Rule(1, {{Property::Contains, L"DUCT"}                          }
+             ),
+            Rule(77, {{Property::IsEmpty, L""}}
+             )
+        };
+        Step([](HWND dlg) {
+            const HWND categories = uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES);
+            HTREEITEM last = TreeView_GetRoot(categories);
+            for (HTREEITEM item = last; item;) {
+                last = item;
+                const HTREEITEM child = TreeView_GetChild(categories, item);
+                item = TreeView_GetNextSibling(categories, item) ? TreeView_GetNextSibling(categories, item) : child;
+            }
+            TreeView_EnsureVisible(categories, last);
+            uidriver::ClickTreeItem(categories, last);  // the data filter
+        });
+    }
+    int RunSelection() {
+        script_.Start();
+        const int result = Dlg::Edit(Lng::Hpv, nullptr, host_.Get(), data_, 0);
+        EXPECT_TRUE(script_.Finished()) << script_.Failure();
+        return result;
+    }
+    void ExpectRows(const Texts& texts) {
+        Step([texts](HWND dlg) { EXPECT_EQ(uidriver::ListColumn(Rules(dlg), 0), texts); });
+    }
+    void ClickRow(int row) {
+        Step([row](HWND dlg) { uidriver::ClickListRow(Rules(dlg), row); });
+    }
+    /// In the rule editor that has opened: chooses a property, gives a value and confirms.
+    void EditRule(const wchar_t* property, const wchar_t* value) {
+        script_.WithNewDialog([=](HWND editor) { SelectInTree(editor, property); });
+        script_.Then([=] { uidriver::SetText(uidriver::TopDialog(), IDC_OBJSELPROP_VALUE, value); });
+        script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    }
+
+    ObjectSelection::Data data_;
+};
+
+TEST_F(FilterRulesTest, ShowsPropertyOperatorAndValueOfEachRule) {
+    host_.unit = L" mm";
+    Step([](HWND dlg) {
+        ASSERT_TRUE(IsWindowVisible(Rules(dlg)));
+        EXPECT_EQ(uidriver::ListColumn(Rules(dlg), 0), (Texts{L"Air flow", L"Layer", L"Unknown property 77"}));
+        EXPECT_EQ(uidriver::ListColumn(Rules(dlg), 1), (Texts{L"Multiple filter rules", L"Contains", L"Is empty"}));
+        EXPECT_EQ(uidriver::ListColumn(Rules(dlg), 2), (Texts{L"", L"DUCT mm", L""}));
+        RedrawWindow(Rules(dlg), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    });
+    Press(IDOK);
+    const ObjectSelection::Data before = data_;
+    EXPECT_EQ(RunSelection(), 0);
+    EXPECT_EQ(data_, before);
+    EXPECT_EQ(host_.Count(Dlg::GetPropertyName), 3) << "once a property";
+}
+
+TEST_F(FilterRulesTest, AddsAtTheSelectedRowOrAtTheEnd) {
+    Step([](HWND dlg) { SetFocus(Rules(dlg)); });
+    Key(VK_INSERT);
+    EditRule(L"Product", L"P1");
+    ExpectRows({L"Air flow", L"Layer", L"Unknown property 77", L"Product"});
+    ClickRow(1);
+    Key(VK_INSERT);
+    EditRule(L"Pressure", L"5");
+    ExpectRows({L"Air flow", L"Pressure", L"Layer", L"Unknown property 77", L"Product"});
+    Step([](HWND dlg) { EXPECT_EQ(ListView_GetNextItem(Rules(dlg), -1, LVNI_SELECTED), 1) << "the new one"; });
+    Key(VK_INSERT);
+    script_.WithNewDialog([](HWND editor) { uidriver::Click(editor, IDCANCEL); });
+    Press(IDOK);
+    EXPECT_EQ(RunSelection(), 0);
+    ASSERT_EQ(data_.filterRules.size(), 5u);
+    EXPECT_EQ(data_.filterRules[1], Rule(21, {
+                                                 {Property::Equal, L"5"}
+    }));
+    EXPECT_EQ(data_.filterRules[4], Rule(20, {
+                                                 {Property::Equal, L"P1"}
+    }));
+}
+
+TEST_F(FilterRulesTest, EditsByDoubleClickEnterAndF2) {
+    Step([](HWND dlg) { uidriver::ClickListRow(Rules(dlg), 1, false, true); });
+    EditRule(L"Layer", L"PIPE");
+    Key(VK_RETURN);
+    EditRule(L"Pressure", L"PIPE");
+    ExpectRows({L"Air flow", L"Pressure", L"Unknown property 77"});
+    Key(VK_F2);
+    script_.WithNewDialog([](HWND editor) {
+        EXPECT_EQ(Operators(editor), (Texts{L"Contains"}));
+        uidriver::Click(editor, IDCANCEL);
+    });
+    Press(IDOK);
+    EXPECT_EQ(RunSelection(), 0);
+    EXPECT_EQ(data_.filterRules[1], Rule(21, {
+                                                 {Property::Contains, L"PIPE"}
+    }));
+}
+
+TEST_F(FilterRulesTest, DeletesEverySelectedRow) {
+    const std::vector<Property> rules = data_.filterRules;
+    for (int i = 0; i < 3; ++i)
+        data_.filterRules.insert(data_.filterRules.end(), rules.begin(), rules.end());
+    ClickRow(1);
+    Key(VK_DOWN, {VK_SHIFT});
+    Step([](HWND dlg) { ListView_SetItemState(Rules(dlg), 10, LVIS_SELECTED, LVIS_SELECTED); });
+    Key(VK_DELETE);
+    ExpectRows({L"Air flow", L"Air flow", L"Layer", L"Unknown property 77", L"Air flow", L"Layer",
+                L"Unknown property 77", L"Air flow", L"Unknown property 77"});
+    Step([](HWND dlg) { EXPECT_EQ(ListView_GetNextItem(Rules(dlg), -1, LVNI_SELECTED), 1); });
+    Key('A', {VK_CONTROL});
+    Key(VK_DELETE);
+    ExpectRows({});
+    Key(VK_DELETE);
+    Press(IDOK);
+    EXPECT_EQ(RunSelection(), 0);
+    EXPECT_TRUE(data_.filterRules.empty());
+}
+
+TEST_F(FilterRulesTest, TellsARuleInATip) {
+    data_.filterRules[0].matchAll = true;
+    data_.filterRules[1].caseSensitive = true;
+    Step([](HWND dlg) {
+        EXPECT_EQ(TipOf(Rules(dlg), 0), L"Air flow: greater than 100 and less than 200");
+        EXPECT_EQ(TipOf(Rules(dlg), 1), L"Layer: contains DUCT (case sensitive)");
+        EXPECT_EQ(TipOf(Rules(dlg), 2), L"Unknown property 77: is empty");
+    });
+    Press(IDCANCEL);
+    EXPECT_EQ(RunSelection(), -1);
+}
+
+TEST_F(FilterRulesTest, AsksTheHostForTheRowsThatAreSeenOnly) {
+    data_.filterRules.assign(100'000, Rule(1, {
+                                                  {Property::Contains, L"x"}
+    }));
+    for (int i = 0; i < 100'000; ++i)
+        data_.filterRules[static_cast<std::size_t>(i)].propId = i;
+    Step([](HWND dlg) { EXPECT_EQ(ListView_GetItemCount(Rules(dlg)), 100'000); });
+    Key(VK_END);
+    Press(IDCANCEL);
+    EXPECT_EQ(RunSelection(), -1);
+    EXPECT_GT(host_.Count(Dlg::GetPropertyName), 0);
+    EXPECT_LT(host_.Count(Dlg::GetPropertyName), 200);
+    EXPECT_LT(host_.Count(Dlg::GetValueText), 2000);
+}
+
+}  // namespace

@@ -1,0 +1,1001 @@
+#include <gtest/gtest.h>
+#include <occommonui/ReportTemplate.h>
+#include <orvatool/Gw.h>
+#include <orvatool/InterApp.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/driver/UiDriver.h"
+#include "report_ids.h"
+
+namespace {
+
+using uidriver::Script;
+using Texts = std::vector<std::wstring>;
+using Ids = std::vector<int>;
+
+constexpr int kSize = static_cast<int>(sizeof(ReportDefinitionType));
+
+TREE_INSERTLIST Objects() {
+    struct Row {
+        int level;
+        int id;
+        const wchar_t* text;
+    };
+    constexpr Row kRows[] = {
+        {0, 0,  L"Ventilation"     },
+        {1, 10, L"Ducts"           },
+        {2, 11, L"Round duct"      },
+        {2, 12, L"Rectangular duct"},
+        {1, 20, L"Bends"           },
+        {2, 21, L"Bend 90°"       },
+        {2, 22, L"Bend 45°"       },
+        {0, 30, L"Pipes"           },
+        {1, 31, L"Steel pipe"      },
+        {1, 32, L"Copper pipe"     },
+        {0, 0,  L"Favourites"      },
+        {1, 11, L"My duct"         },
+        {1, 40, L"My damper"       },
+    };
+    TREE_INSERTLIST list;
+    for (const Row& row : kRows)
+        list.push_back(row.level, row.id, Lng::Hpv, -1, ustr(row.text));
+    return list;
+}
+
+ValueList Properties() {
+    return {
+        {L"Length",       1     },
+        {L"Height",       2     },
+        {L"Débit d'air", 3     },
+        {L"Symbol",       7001  },
+        {L"Placed by",    8002  },
+        {L"My own",       -105  },
+        {L"Not reported", -50   },
+        {L"No property",  0     },
+        {L"Too large",    40'000},
+    };
+}
+
+oce_columntype Column(int propId, float width, const wchar_t* header) {
+    oce_columntype column;
+    column.propId = static_cast<std::int16_t>(propId);
+    column.len = width;
+    SetFixedText<&oce_columntype::hdr1>(column, header);
+    return column;
+}
+
+ReportDefinitionType Template() {
+    ReportDefinitionType definition;
+    definition.id = 77;
+    definition.wcSeparator = L';';
+    SetFixedText<&ReportDefinitionType::name>(definition, L"Ducts and pipes");
+    SetFixedText<&ReportDefinitionType::description>(definition, L"For the contractor");
+    for (const int id : {20, 11, 999})
+        definition.groups[definition.groupCount++] = id;
+    definition.columns[0] = Column(1, 25.4F, L"L");
+    definition.columns[1] = Column(2, 30, L"H");
+    definition.columns[2] = Column(555, 12.6F, L"X");
+    definition.columnCount = 3;
+    return definition;
+}
+
+template <class Record>
+bool Same(const Record& a, const Record& b) {
+    using Bytes = std::array<std::byte, sizeof(Record)>;
+    return std::bit_cast<Bytes>(a) == std::bit_cast<Bytes>(b);
+}
+
+Ids Groups(const ReportDefinitionType& definition) {
+    Ids ids;
+    for (int i = 0; i < definition.groupCount; ++i)
+        ids.push_back(definition.groups[i]);
+    return ids;
+}
+
+Ids Columns(const ReportDefinitionType& definition) {
+    Ids ids;
+    for (int i = 0; i < definition.columnCount; ++i)
+        ids.push_back(definition.columns[i].propId);
+    return ids;
+}
+
+/// What is shown: mnemonics are a matter of the toolkit.
+std::wstring Shown(HWND dlg, int ctrlId) {
+    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
+    std::erase(text, L'&');
+    return text;
+}
+
+bool Enabled(HWND dlg, int ctrlId) {
+    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+bool Visible(HWND dlg, int ctrlId) {
+    return IsWindowVisible(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+bool Focused(HWND dlg, int ctrlId) {
+    return GetFocus() == uidriver::Control(dlg, ctrlId);
+}
+HWND Tree(HWND dlg) {
+    return uidriver::Control(dlg, IDC_REPORTTEMPLATE_OBJECTS);
+}
+HWND Attributes(HWND dlg) {
+    return uidriver::Control(dlg, IDC_REPORTTEMPLATE_ATTRIBUTES);
+}
+HWND List(HWND dlg) {
+    return uidriver::Control(dlg, IDC_REPORTTEMPLATE_COLUMNS);
+}
+Texts Rows(HWND dlg) {
+    return uidriver::ListColumn(List(dlg), 0);
+}
+
+int CheckOf(HWND dlg, const wchar_t* text) {
+    return gwTVgetCheck(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), text));
+}
+void ClickCheck(HWND dlg, const wchar_t* text) {
+    uidriver::ClickTreeItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), text), true);
+}
+
+int RowOf(HWND list, const wchar_t* text) {
+    const Texts rows = uidriver::ListColumn(list, 0);
+    return static_cast<int>(std::find(rows.begin(), rows.end(), text) - rows.begin());
+}
+void ClickAttribute(HWND dlg, const wchar_t* text, bool twice = false) {
+    uidriver::ClickListRow(Attributes(dlg), RowOf(Attributes(dlg), text), false, twice);
+}
+void SelectRows(HWND list, const Ids& rows) {
+    ListView_SetItemState(list, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    for (const int row : rows)
+        ListView_SetItemState(list, row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+    SetFocus(list);
+}
+
+POINT MiddleOf(HWND list, int row) {
+    RECT rect{};
+    ListView_GetItemRect(list, row, &rect, LVIR_BOUNDS);
+    return {rect.left + 20, (rect.top + rect.bottom) / 2};
+}
+
+/// The upper edge of a row, where what is dropped goes before it.
+POINT EdgeOf(HWND list, int row) {
+    RECT rect{};
+    ListView_GetItemRect(list, std::min(row, ListView_GetItemCount(list) - 1), &rect, LVIR_BOUNDS);
+    return {rect.left + 40, row < ListView_GetItemCount(list) ? rect.top : rect.bottom};
+}
+
+/// Moves the mouse with the button down from a row of `from` to a place in `to`.
+void Drag(HWND from, int row, HWND to, POINT place) {
+    const POINT start = MiddleOf(from, row);
+    MapWindowPoints(to, from, &place, 1);
+    PostMessageW(from, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(start.x, start.y));
+    PostMessageW(from, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(start.x + 20, start.y + 20));
+    PostMessageW(from, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(place.x, place.y));
+}
+void Drop(HWND from, HWND to, POINT place) {
+    MapWindowPoints(to, from, &place, 1);
+    PostMessageW(from, WM_LBUTTONUP, 0, MAKELPARAM(place.x, place.y));
+}
+
+RECT RectOf(HWND dlg, int ctrlId) {
+    RECT rect{};
+    GetWindowRect(uidriver::Control(dlg, ctrlId), &rect);
+    MapWindowPoints(nullptr, dlg, reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
+}
+
+/// The pixels of a window's client area with all that is in it.
+std::vector<DWORD> Picture(HWND window) {
+    RECT rect{};
+    GetClientRect(window, &rect);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof info.bmiHeader, rect.right, -rect.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HDC from = GetDC(window);
+    const HDC to = CreateCompatibleDC(from);
+    const HGDIOBJ before = SelectObject(to, bitmap);
+    BitBlt(to, 0, 0, rect.right, rect.bottom, from, 0, 0, SRCCOPY);
+    GdiFlush();
+    const auto* const pixels = static_cast<const DWORD*>(bits);
+    std::vector<DWORD> picture(pixels, pixels + std::ptrdiff_t{rect.right} * rect.bottom);
+    SelectObject(to, before);
+    DeleteDC(to);
+    ReleaseDC(window, from);
+    DeleteObject(bitmap);
+    return picture;
+}
+
+class ReportDlgTest : public testing::Test {
+protected:
+    void SetUp() override {
+        SetProductKey(L"Software\\OrvaCADTest");
+        Lng::SetLanguage(L"en");
+        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
+                                  nullptr, nullptr, nullptr);
+    }
+    void TearDown() override {
+        DestroyWindow(parent_);
+        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
+    }
+
+    /// Catches the dialog; every script begins with it.
+    void Open() {
+        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
+    }
+    /// Adds a step that works on the dialog.
+    void Step(std::function<void(HWND)> step) {
+        script_.Then([this, step] { step(dlg_); });
+    }
+    void Press(int ctrlId) {
+        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
+    }
+    void Type(int ctrlId, const std::wstring& text) {
+        Step([=](HWND dlg) { uidriver::SetText(dlg, ctrlId, text); });
+    }
+    void Key(int key, const std::vector<int>& modifiers = {}) {
+        script_.Then([=] { uidriver::Key(key, modifiers); });
+    }
+    /// A message box that says this, closed by Enter.
+    void Message(const wchar_t* text) {
+        script_.WithNewDialog([=](HWND message) {
+            EXPECT_EQ(uidriver::Text(message), L"OrvaCAD");
+            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), text);
+            uidriver::Key(VK_RETURN);
+        });
+    }
+    /// The dialog is still there, with the focus on the control.
+    void Refused(int ctrlId) {
+        Step([=](HWND dlg) {
+            EXPECT_EQ(uidriver::TopDialog(), dlg);
+            EXPECT_TRUE(Focused(dlg, ctrlId));
+        });
+    }
+
+    HWND parent_ = nullptr;
+    HWND dlg_ = nullptr;
+    Script script_;
+};
+
+class ReportTemplateDlgTest : public ReportDlgTest {
+protected:
+    ReportTemplateDlgTest() {
+        context_.objects = Objects();
+        context_.properties = Properties();
+    }
+
+    bool Run(ReportType type = BillOfMaterials) {
+        script_.Start();
+        const bool result = ReportTemplate::Edit(parent_, Lng::Hpv, type, &definition_, kSize, &context_, &names_);
+        EXPECT_TRUE(script_.Finished()) << script_.Failure();
+        return result;
+    }
+    void ExpectRows(const Texts& rows) {
+        Step([=](HWND dlg) { EXPECT_EQ(Rows(dlg), rows); });
+    }
+
+    ReportTemplate::Context context_;
+    ReportDefinitionType definition_ = Template();
+    std::map<int, ustr_pre<32>> names_;
+};
+
+TEST_F(ReportTemplateDlgTest, ShowsTheTemplateAndOffersOkOnlyAfterAChange) {
+    names_[1] = L"Cut length";
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Report Template Edit - OrvaCAD HPV");
+        EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_NAME), L"Ducts and pipes");
+        EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_DESCRIPTION), L"For the contractor");
+        EXPECT_EQ(Rows(dlg), (Texts{L"Cut length", L"Height", L"Unknown property 555"}));
+        EXPECT_EQ(uidriver::ListColumn(List(dlg), 1), (Texts{L"25", L"30", L"13"}));
+        EXPECT_EQ(uidriver::ListColumn(List(dlg), 2), (Texts{L"L", L"H", L"X"}));
+        EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"68");
+        EXPECT_TRUE(Focused(dlg, IDC_REPORTTEMPLATE_NAME));
+        EXPECT_FALSE(Enabled(dlg, IDOK));
+    });
+    Key(VK_RETURN);  // OK is the default button, but there is nothing to confirm
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        SendMessageW(dlg, WM_COMMAND, IDOK, 0);
+        EXPECT_TRUE(IsWindowVisible(dlg));
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_TRUE(Same(definition_, Template()));
+}
+
+TEST_F(ReportTemplateDlgTest, HasTheLabelsOfItsKindOfReport) {
+    struct Kind {
+        ReportType type;
+        const wchar_t* caption;
+        bool characters;
+    };
+    for (const Kind& kind : {
+             Kind{Legend,       L"Legend Template Edit - OrvaCAD HPV", false},
+             Kind{ExportReport, L"Report Template Edit - OrvaCAD HPV", false},
+             Kind{TextBlock,    L"Report Template Edit - OrvaCAD HPV", true }
+    }) {
+        Script script;
+        script.WithNewDialog([&](HWND dlg) {
+            EXPECT_EQ(uidriver::Text(dlg), kind.caption);
+            const std::pair<int, const wchar_t*> texts[] = {
+                {104, L"Template name"              },
+                {105, L"Description"                },
+                {610, L"Include these parts/objects"},
+                {611, L"Include these attributes"   },
+                {612, L"Selected attributes/columns"},
+                {121, L"Template total width"       },
+                {124, L"Sum of the column widths"   },
+                {150, L"mm"                         },
+                {222, L"mm"                         },
+                {151, L"char"                       },
+                {225, L"char"                       },
+            };
+            for (const auto& [id, text] : texts)
+                EXPECT_EQ(Shown(dlg, id), text);
+            for (const int id : {150, 222})
+                EXPECT_EQ(Visible(dlg, id), !kind.characters) << id;
+            for (const int id : {151, 225})
+                EXPECT_EQ(Visible(dlg, id), kind.characters) << id;
+            uidriver::Click(dlg, IDCANCEL);
+        });
+        script.Start();
+        ReportTemplate::Edit(parent_, Lng::Hpv, kind.type, &definition_, kSize, &context_, nullptr);
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+    }
+}
+
+TEST_F(ReportTemplateDlgTest, RefusesOtherSizesAndNoRecordWithoutAWindow) {
+    const uidriver::Handles before = uidriver::CountHandles();
+    for (const int size : {0, -1, kSize - 1, kSize + 1})
+        EXPECT_FALSE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, size, &context_, nullptr));
+    EXPECT_FALSE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, nullptr, kSize, &context_, nullptr));
+    EXPECT_EQ(uidriver::CountHandles().windows, before.windows);
+    EXPECT_TRUE(Same(definition_, Template()));
+}
+
+TEST_F(ReportTemplateDlgTest, CancelLeavesEveryByteWhateverWasChanged) {
+    Open();
+    Type(IDC_REPORTTEMPLATE_NAME, L"Other");
+    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"Other");
+    Step([](HWND dlg) { ClickCheck(dlg, L"Pipes"); });
+    Step([](HWND dlg) { ClickAttribute(dlg, L"Symbol", true); });
+    Step([](HWND dlg) {
+        EXPECT_EQ(Rows(dlg).size(), 4u);
+        EXPECT_TRUE(Enabled(dlg, IDOK));
+    });
+    Key(VK_ESCAPE);
+    EXPECT_FALSE(Run());
+    EXPECT_TRUE(Same(definition_, Template()));
+}
+
+// Callers keep records as bytes: at any address, with anything in the parts that are not in use.
+TEST_F(ReportTemplateDlgTest, ANewNameLeavesEveryOtherByte) {
+    std::vector<unsigned char> bytes(kSize + 1, 0xA5);
+    unsigned char* const record = bytes.data() + 1;
+    definition_.groupCount = 0;
+    definition_.columnCount = 1;
+    std::memcpy(record + 806, &definition_.name, sizeof definition_.name);
+    std::memcpy(record + 888, L"Short", 12);  // with garbage behind its NUL
+    for (const int offset : {804, 805, 1402, 1403})
+        record[offset] = 0;
+    record[1402] = 1;
+    const std::vector<unsigned char> before = bytes;
+    Open();
+    Type(IDC_REPORTTEMPLATE_NAME, L"New name");
+    Press(IDOK);
+    script_.Start();
+    EXPECT_TRUE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, record, kSize, &context_, nullptr));
+    EXPECT_TRUE(script_.Finished()) << script_.Failure();
+
+    ReportDefinitionType after;
+    std::memcpy(&after, record, sizeof after);
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(after), L"New name");
+    std::memcpy(record + 806, before.data() + 1 + 806, sizeof after.name);
+    EXPECT_TRUE(bytes == before);
+}
+
+TEST_F(ReportTemplateDlgTest, OnceChangedOkStaysEvenWhenTheTextIsAsBefore) {
+    Open();
+    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"x");
+    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"For the contractor");
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDOK)); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_TRUE(Same(definition_, Template()));
+}
+
+TEST_F(ReportTemplateDlgTest, HoldsTextsToTheirLengths) {
+    Open();
+    Type(IDC_REPORTTEMPLATE_NAME, std::wstring(50, L'n'));
+    Type(IDC_REPORTTEMPLATE_DESCRIPTION, std::wstring(300, L'd'));
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), std::wstring(40, L'n'));
+    EXPECT_EQ(FixedText<&ReportDefinitionType::description>(definition_), std::wstring(256, L'd'));
+}
+
+TEST_F(ReportTemplateDlgTest, NeedsANameAndAColumn) {
+    Open();
+    Type(IDC_REPORTTEMPLATE_NAME, L"  ");
+    Step([](HWND dlg) { SelectRows(List(dlg), {0, 1, 2}); });
+    Key(VK_DELETE);
+    ExpectRows({});
+    Press(IDOK);
+    Refused(IDC_REPORTTEMPLATE_NAME);
+    Type(IDC_REPORTTEMPLATE_NAME, L"Named");
+    Press(IDOK);
+    Refused(IDC_REPORTTEMPLATE_COLUMNS);
+    Step([](HWND dlg) { ClickAttribute(dlg, L"Height", true); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), L"Named");
+    EXPECT_EQ(Columns(definition_), (Ids{2}));
+    const oce_columntype none;
+    for (int i = 1; i < 3; ++i)
+        EXPECT_TRUE(Same(definition_.columns[i], none)) << "what became free is zero";
+}
+
+TEST_F(ReportTemplateDlgTest, ChecksTheStoredGroupsWithAllBelowThem) {
+    Open();
+    Step([](HWND dlg) {
+        for (const wchar_t* text : {L"Bends", L"Bend 90°", L"Bend 45°", L"Round duct", L"My duct"})
+            EXPECT_EQ(CheckOf(dlg, text), kTreeChecked);
+        for (const wchar_t* text : {L"Ventilation", L"Ducts", L"Favourites"})
+            EXPECT_EQ(CheckOf(dlg, text), kTreePartial);
+        for (const wchar_t* text : {L"Pipes", L"Copper pipe", L"Rectangular duct", L"My damper"})
+            EXPECT_EQ(CheckOf(dlg, text), kTreeUnchecked);
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(ReportTemplateDlgTest, StoresTheTopmostGroupsInTreeOrderAndKeepsUnknownOnes) {
+    Open();
+    Step([](HWND dlg) { ClickCheck(dlg, L"Pipes"); });
+    Step([](HWND dlg) {
+        EXPECT_EQ(CheckOf(dlg, L"Copper pipe"), kTreeChecked);
+        EXPECT_TRUE(Enabled(dlg, IDOK));
+    });
+    Step([](HWND dlg) { ClickCheck(dlg, L"Bend 45°"); });
+    Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Bends"), kTreePartial); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Groups(definition_), (Ids{11, 21, 30, 999}));
+    EXPECT_EQ(Columns(definition_), Columns(Template()));
+}
+
+TEST_F(ReportTemplateDlgTest, AHeadingChecksTheGroupsBelowIt) {
+    Open();
+    Step([](HWND dlg) { ClickCheck(dlg, L"Favourites"); });
+    Step([](HWND dlg) {
+        TreeView_SelectItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), L"Ventilation"));
+        SetFocus(Tree(dlg));
+    });
+    Key(VK_SPACE);
+    Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Rectangular duct"), kTreeChecked); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Groups(definition_), (Ids{10, 20, 11, 40, 999}));
+}
+
+TEST_F(ReportTemplateDlgTest, FreesTheGroupsThatAreLeftOut) {
+    Open();
+    Step([](HWND dlg) { ClickCheck(dlg, L"Bends"); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Groups(definition_), (Ids{11, 999}));
+    EXPECT_EQ(definition_.groups[2], 0);
+}
+
+TEST_F(ReportTemplateDlgTest, SearchingTheTreeKeepsTheChecksOfWhatItHides) {
+    Open();
+    Type(IDC_REPORTTEMPLATE_OBJECT_SEARCH, L"copper");
+    Step([](HWND dlg) { EXPECT_EQ(uidriver::FindTreeItem(Tree(dlg), L"Ducts"), nullptr); });
+    Key(VK_DOWN);
+    Key(VK_RETURN);  // checks what was found
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        EXPECT_EQ(CheckOf(dlg, L"Copper pipe"), kTreeChecked);
+    });
+    Key(VK_ESCAPE);  // the search, not the dialog
+    Step([](HWND dlg) {
+        EXPECT_EQ(CheckOf(dlg, L"Pipes"), kTreePartial);
+        EXPECT_EQ(CheckOf(dlg, L"Bends"), kTreeChecked);
+    });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Groups(definition_), (Ids{11, 20, 32, 999}));
+}
+
+TEST_F(ReportTemplateDlgTest, RefusesMoreThan200Groups) {
+    context_.objects.clear();
+    context_.objects.push_back(0, 5000, Lng::Hpv, -1, ustr(L"Everything"));
+    context_.objects.push_back(1, 0, Lng::Hpv, -1, ustr(L"Heading"));
+    for (int i = 1; i <= 200; ++i)
+        context_.objects.push_back(2, i, Lng::Hpv, -1, ustr(L"Part"));
+    context_.objects.push_back(1, 201, Lng::Hpv, -1, ustr(L"Last part"));
+    Open();
+    Step([](HWND dlg) { ClickCheck(dlg, L"Heading"); });
+    Press(IDOK);  // 200, and 3 that the tree does not have
+    Message(L"A template can include at most 200 parts or groups.\nCheck whole groups, or fewer parts.");
+    Refused(IDC_REPORTTEMPLATE_OBJECTS);
+    Step([](HWND dlg) { ClickCheck(dlg, L"Everything"); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Groups(definition_), (Ids{5000, 999}));
+}
+
+TEST_F(ReportTemplateDlgTest, OffersTheAttributesThatAReportCanShow) {
+    names_[2] = L"Höhe";
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::ListColumn(Attributes(dlg), 0),
+                  (Texts{L"Length", L"Höhe", L"Débit d'air", L"Symbol", L"Placed by", L"My own"}));
+        EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)) << "nothing is selected";
+    });
+    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"hohe");
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::ListColumn(Attributes(dlg), 0), (Texts{L"Höhe"}));
+        EXPECT_TRUE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)) << "the first match is selected";
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(ReportTemplateDlgTest, AddsByButtonDoubleClickAndEnterBehindTheSelectedRows) {
+    Open();
+    Step([](HWND dlg) { ClickAttribute(dlg, L"Symbol", true); });
+    ExpectRows({L"Length", L"Height", L"Unknown property 555", L"Symbol"});
+    Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
+    Step([](HWND dlg) { SelectRows(Attributes(dlg), {2, 4}); });
+    Press(IDC_REPORTTEMPLATE_ADD);
+    ExpectRows({L"Length", L"Débit d'air", L"Placed by", L"Height", L"Unknown property 555", L"Symbol"});
+    Step([](HWND dlg) { ClickAttribute(dlg, L"My own"); });
+    Key(VK_RETURN);
+    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"len");
+    Key(VK_RETURN);
+    ExpectRows(
+        {L"Length", L"Débit d'air", L"Placed by", L"My own", L"Length", L"Height", L"Unknown property 555", L"Symbol"});
+    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"no such");
+    Key(VK_RETURN);  // finds nothing, and is no OK
+    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 8u); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Columns(definition_), (Ids{1, 3, 8002, -105, 1, 2, 555, 7001}));
+}
+
+TEST_F(ReportTemplateDlgTest, ANewColumnHasItsPropertysNameAndAUsableWidth) {
+    names_[7001] = L"A name that is longer than a header";
+    for (const auto& [type, width] : {std::pair(Legend, 30.0F), std::pair(TextBlock, 10.0F)}) {
+        definition_ = Template();
+        Script script;
+        script.WithNewDialog([](HWND dlg) { uidriver::ClickListRow(Attributes(dlg), 3, false, true); });
+        script.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+        script.Start();
+        EXPECT_TRUE(ReportTemplate::Edit(parent_, Lng::Hpv, type, &definition_, kSize, &context_, &names_));
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+        const oce_columntype expected = Column(7001, width, L"A name that is longer than a");
+        EXPECT_TRUE(Same(definition_.columns[3], expected));
+    }
+}
+
+TEST_F(ReportTemplateDlgTest, Holds200ColumnsAndNoMore) {
+    for (int i = 0; i < 198; ++i)
+        definition_.columns[i] = Column(1, 1, L"");
+    definition_.columnCount = 198;
+    Open();
+    Step([](HWND dlg) { SelectRows(Attributes(dlg), {1, 2, 3}); });
+    Press(IDC_REPORTTEMPLATE_ADD);
+    Step([](HWND dlg) {
+        EXPECT_EQ(Rows(dlg).size(), 200u);
+        EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD));
+        ClickAttribute(dlg, L"Symbol", true);
+    });
+    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 200u); });
+    Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
+    Press(IDC_REPORTTEMPLATE_REMOVE);
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(int{definition_.columnCount}, 199);
+    EXPECT_EQ(int{definition_.columns[198].propId}, 3);
+}
+
+TEST_F(ReportTemplateDlgTest, MovesAndRemovesBlocksByButtonsAndKeys) {
+    definition_.columns[3] = Column(3, 10, L"");
+    definition_.columnCount = 4;
+    Open();
+    Step([](HWND dlg) {
+        for (const int id :
+             {IDC_REPORTTEMPLATE_EDIT, IDC_REPORTTEMPLATE_REMOVE, IDC_REPORTTEMPLATE_UP, IDC_REPORTTEMPLATE_DOWN})
+            EXPECT_FALSE(Enabled(dlg, id)) << "nothing is selected";
+    });
+    Step([](HWND dlg) { SelectRows(List(dlg), {2, 3}); });
+    Press(IDC_REPORTTEMPLATE_UP);
+    ExpectRows({L"Length", L"Unknown property 555", L"Débit d'air", L"Height"});
+    Step([](HWND dlg) { SetFocus(List(dlg)); });
+    Key(VK_UP, {VK_MENU});
+    ExpectRows({L"Unknown property 555", L"Débit d'air", L"Length", L"Height"});
+    Step([](HWND dlg) {
+        EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_UP));
+        EXPECT_EQ(ListView_GetSelectedCount(List(dlg)), 2u) << "the block stays selected";
+    });
+    Key(VK_DOWN, {VK_MENU});
+    Press(IDC_REPORTTEMPLATE_DOWN);
+    ExpectRows({L"Length", L"Height", L"Unknown property 555", L"Débit d'air"});
+    Step([](HWND dlg) { SelectRows(List(dlg), {0, 3}); });
+    Press(IDC_REPORTTEMPLATE_DOWN);  // brings them together
+    ExpectRows({L"Height", L"Unknown property 555", L"Length", L"Débit d'air"});
+    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
+    Key(VK_DELETE);
+    ExpectRows({L"Height", L"Length", L"Débit d'air"});
+    Key('A', {VK_CONTROL});
+    Step([](HWND dlg) {
+        EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_UP));
+        EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_DOWN));
+    });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Columns(definition_), (Ids{2, 1, 3}));
+}
+
+TEST_F(ReportTemplateDlgTest, DeleteInTheNameDeletesText) {
+    Open();
+    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
+    Step([](HWND dlg) {
+        SetFocus(uidriver::Control(dlg, IDC_REPORTTEMPLATE_NAME));
+        SendDlgItemMessageW(dlg, IDC_REPORTTEMPLATE_NAME, EM_SETSEL, 0, 1);
+    });
+    Key(VK_DELETE);
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), L"ucts and pipes");
+    EXPECT_EQ(Columns(definition_), Columns(Template()));
+}
+
+TEST_F(ReportTemplateDlgTest, DraggingOrdersTheColumns) {
+    Open();
+    Step([](HWND dlg) { Drag(List(dlg), 2, List(dlg), EdgeOf(List(dlg), 0)); });
+    Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 0)); });
+    ExpectRows({L"Unknown property 555", L"Length", L"Height"});
+    Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), EdgeOf(List(dlg), 3)); });
+    Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 3)); });
+    ExpectRows({L"Length", L"Height", L"Unknown property 555"});
+    Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), EdgeOf(List(dlg), 2)); });
+    Key(VK_ESCAPE);  // breaks the drag off, and nothing else
+    Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 2)); });
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        EXPECT_EQ(Rows(dlg), (Texts{L"Length", L"Height", L"Unknown property 555"}));
+        EXPECT_EQ(GetCapture(), nullptr);
+    });
+    Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), {-200, 50}); });
+    Step([](HWND dlg) { Drop(List(dlg), List(dlg), {-200, 50}); });  // beside the list
+    ExpectRows({L"Length", L"Height", L"Unknown property 555"});
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Columns(definition_), (Ids{1, 2, 555}));
+}
+
+TEST_F(ReportTemplateDlgTest, DraggingAddsAttributesAtTheirPlace) {
+    Open();
+    Step([](HWND dlg) { Drag(Attributes(dlg), 3, List(dlg), EdgeOf(List(dlg), 1)); });
+    Step([](HWND dlg) { Drop(Attributes(dlg), List(dlg), EdgeOf(List(dlg), 1)); });
+    ExpectRows({L"Length", L"Symbol", L"Height", L"Unknown property 555"});
+    Step([](HWND dlg) { SelectRows(List(dlg), {0, 1, 2, 3}); });
+    Press(IDC_REPORTTEMPLATE_REMOVE);
+    Step([](HWND dlg) { Drag(Attributes(dlg), 2, List(dlg), {40, 60}); });  // into the empty list
+    Step([](HWND dlg) { Drop(Attributes(dlg), List(dlg), {40, 60}); });
+    ExpectRows({L"Débit d'air"});
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(Columns(definition_), (Ids{3}));
+}
+
+TEST_F(ReportTemplateDlgTest, DraggingToAnEdgeScrollsTheList) {
+    for (int i = 0; i < 100; ++i)
+        definition_.columns[i] = Column(i < 1 ? 7001 : 2, 1, L"");
+    definition_.columnCount = 100;
+    POINT bottom{};
+    Open();
+    Step([&](HWND dlg) {
+        RECT client{};
+        GetClientRect(List(dlg), &client);
+        bottom = {40, client.bottom - 2};
+        Drag(List(dlg), 0, List(dlg), bottom);
+    });
+    script_.WaitFor("the list to scroll", [this] { return ListView_GetTopIndex(List(dlg_)) >= 2; });
+    Step([&](HWND dlg) { Drop(List(dlg), List(dlg), bottom); });
+    Step([](HWND dlg) {
+        const int row = RowOf(List(dlg), L"Symbol");
+        EXPECT_NEAR(row, ListView_GetTopIndex(List(dlg)) + ListView_GetCountPerPage(List(dlg)) - 1, 1);
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(ReportTemplateDlgTest, EditsTheFocusedColumnAndAddsUpAnew) {
+    Open();
+    Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1, false, true); });
+    script_.WithNewDialog([](HWND column) {
+        EXPECT_EQ(Shown(column, IDC_REPORTCOLUMN_PROPERTY), L"Height");
+        uidriver::SetText(column, IDC_REPORTCOLUMN_WIDTH, L"100");
+    });
+    Key(VK_RETURN);
+    Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"138"); });
+    Step([](HWND dlg) { SelectRows(List(dlg), {1, 2}); });  // the focus is on the last
+    Key(VK_F2);
+    script_.WithNewDialog([](HWND column) {
+        EXPECT_EQ(Shown(column, IDC_REPORTCOLUMN_PROPERTY), L"Unknown property 555");
+        uidriver::SetText(column, IDC_REPORTCOLUMN_HEADER2, L"Y");
+    });
+    Key(VK_RETURN);
+    Step([](HWND dlg) { EXPECT_EQ(uidriver::ListColumn(List(dlg), 2), (Texts{L"L", L"H", L"X Y"})); });
+    Key(VK_RETURN);
+    script_.WithNewDialog([](HWND column) { uidriver::SetText(column, IDC_REPORTCOLUMN_WIDTH, L"1"); });
+    Key(VK_ESCAPE);
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    ReportDefinitionType expected = Template();
+    expected.columns[1].len = 100;
+    expected.columns[2].len = 13;
+    SetFixedText<&oce_columntype::hdr2>(expected.columns[2], L"Y");
+    EXPECT_TRUE(Same(definition_, expected));
+}
+
+TEST_F(ReportTemplateDlgTest, AnEditedColumnThatStaysTheSameIsNoChange) {
+    Open();
+    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
+    Press(IDC_REPORTTEMPLATE_EDIT);
+    script_.WithNewDialog([](HWND column) { uidriver::Click(column, IDOK); });
+    Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDOK)); });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(ReportTemplateDlgTest, BearsRecordsThatHoldAnything) {
+    definition_.columns[0].len = std::numeric_limits<float>::quiet_NaN();
+    definition_.columns[1].len = -0.25F;
+    definition_.columns[2].len = std::numeric_limits<float>::infinity();
+    definition_.groupCount = -5;
+    std::memset(&definition_.columns[0].showUnits, 0x7F, 1);
+    const ReportDefinitionType before = definition_;
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::ListColumn(List(dlg), 1), (Texts{L"0", L"0", L"0"}));
+        EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"0");
+    });
+    Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
+    Press(IDC_REPORTTEMPLATE_EDIT);
+    script_.WithNewDialog([](HWND column) {
+        EXPECT_EQ(IsDlgButtonChecked(column, IDC_REPORTCOLUMN_UNITS), BST_CHECKED);
+        uidriver::Click(column, IDCANCEL);
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_TRUE(Same(definition_, before));
+
+    definition_.columnCount = 32'767;
+    Script script;
+    script.WithNewDialog([](HWND dlg) {
+        EXPECT_EQ(Rows(dlg).size(), 200u);
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    script.Start();
+    EXPECT_FALSE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, kSize, nullptr, nullptr));
+    EXPECT_TRUE(script.Finished()) << script.Failure();
+}
+
+TEST_F(ReportTemplateDlgTest, TheListsOfferTheirCommandsAsAMenu) {
+    Open();
+    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
+    Step([](HWND dlg) { PostMessageW(List(dlg), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List(dlg)), -1); });
+    script_.WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
+    Step([](HWND dlg) {
+        for (int i = 0; i < 2; ++i)  // Remove
+            PostMessageW(dlg, WM_KEYDOWN, VK_DOWN, 1);
+        PostMessageW(dlg, WM_KEYDOWN, VK_RETURN, 1);
+    });
+    ExpectRows({L"Length", L"Unknown property 555"});
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(ReportTemplateDlgTest, GrowsByItsAnchors) {
+    struct Anchor {
+        int id;
+        double left, top, right, bottom;
+    };
+    constexpr double a = 1.0 / 3;
+    constexpr double b = 2.0 / 3;
+    constexpr Anchor kAnchors[] = {
+        {107, 0, 0, 1, 0},
+        {610, 0, 0, a, 1},
+        {110, 0, 0, a, 1},
+        {611, a, 0, 1, 1},
+        {106, a, 0, b, 0},
+        {111, a, 0, b, 1},
+        {222, b, 0, b, 0},
+        {225, b, 0, b, 0},
+        {114, b, 0, 1, 1},
+        {150, b, 1, b, 1},
+        {151, b, 1, b, 1},
+        {121, b, 1, b, 1},
+        {122, b, 1, b, 1},
+        {124, b, 1, b, 1},
+        {1,   1, 1, 1, 1},
+        {304, b, 0, b, 0},
+        {308, b, 0, b, 0},
+        {612, b, 0, b, 0},
+        {2,   1, 1, 1, 1},
+    };
+    constexpr int kWider = 240;
+    constexpr int kHigher = 90;
+    std::map<int, RECT> start;
+    Open();
+    Step([&](HWND dlg) {
+        for (const Anchor& anchor : kAnchors)
+            start[anchor.id] = RectOf(dlg, anchor.id);
+        RECT rect{};
+        GetWindowRect(dlg, &rect);
+        SetWindowPos(dlg, nullptr, 0, 0, rect.right - rect.left + kWider, rect.bottom - rect.top + kHigher,
+                     SWP_NOZORDER);
+        for (const Anchor& anchor : kAnchors) {
+            const RECT before = start[anchor.id];
+            const RECT now = RectOf(dlg, anchor.id);
+            EXPECT_NEAR(now.left - before.left, anchor.left * kWider, 0.5) << anchor.id;
+            EXPECT_NEAR(now.top - before.top, anchor.top * kHigher, 0.5) << anchor.id;
+            EXPECT_NEAR(now.right - before.right, anchor.right * kWider, 0.5) << anchor.id;
+            EXPECT_NEAR(now.bottom - before.bottom, anchor.bottom * kHigher, 0.5) << anchor.id;
+        }
+        RedrawWindow(dlg, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+        const std::vector<DWORD> grown = Picture(dlg);
+        RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        EXPECT_TRUE(Picture(dlg) == grown) << "nothing of the former places is left";
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+
+    Script again;
+    again.WithNewDialog([&](HWND dlg) {
+        EXPECT_EQ(RectOf(dlg, 111).right, start[111].right + kWider * 2 / 3) << "reopens as the user left it";
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    again.Start();
+    ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, kSize, &context_, nullptr);
+    EXPECT_TRUE(again.Finished()) << again.Failure();
+}
+
+class ReportColumnDlgTest : public ReportDlgTest {
+protected:
+    bool Run(ReportType type = BillOfMaterials, const wchar_t* name = L"Symbol") {
+        script_.Start();
+        const bool result = ReportTemplate::EditColumn(parent_, &column_, name, type);
+        EXPECT_TRUE(script_.Finished()) << script_.Failure();
+        return result;
+    }
+
+    oce_columntype column_ = Column(7001, 15.4F, L"First");
+};
+
+TEST_F(ReportColumnDlgTest, ShowsTheColumnAndStoresWhatWasEntered) {
+    column_.align = 2;
+    column_.nSubRow = 3;
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Edit attribute - OrvaCAD");
+        const std::pair<int, const wchar_t*> texts[] = {
+            {101, L"Property"   },
+            {102, L"Symbol"     },
+            {103, L"15"         },
+            {104, L"Length (mm)"},
+            {105, L"First"      },
+            {106, L"Header 1"   },
+            {107, L""           },
+            {108, L"Header 2"   },
+            {200, L"Show units" },
+        };
+        for (const auto& [id, text] : texts)
+            EXPECT_EQ(Shown(dlg, id), text);
+        EXPECT_TRUE(Focused(dlg, IDC_REPORTCOLUMN_WIDTH));
+    });
+    Type(IDC_REPORTCOLUMN_WIDTH, L" 30000 ");
+    Type(IDC_REPORTCOLUMN_HEADER1, std::wstring(30, L'a'));
+    Type(IDC_REPORTCOLUMN_HEADER2, L"Second");
+    Press(IDC_REPORTCOLUMN_UNITS);
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    oce_columntype expected = Column(7001, 30000, std::wstring(28, L'a').c_str());
+    SetFixedText<&oce_columntype::hdr2>(expected, L"Second");
+    expected.align = 2;
+    expected.nSubRow = 3;
+    expected.showUnits = true;
+    EXPECT_TRUE(Same(column_, expected));
+}
+
+TEST_F(ReportColumnDlgTest, HasALeastWidthByPropertyAndKindOfReport) {
+    struct Case {
+        ReportType type;
+        int propId;
+        const wchar_t* refused;
+        const wchar_t* accepted;
+        const wchar_t* message;
+    };
+    constexpr wchar_t kFrom1[] = L"Enter a whole number from 1 to 30000.";
+    constexpr wchar_t kFrom15[] = L"Enter a whole number from 15 to 30000.";
+    constexpr wchar_t kFrom20[] = L"Enter a whole number from 20 to 30000.";
+    const Case cases[] = {
+        {Legend,          7001, L"14",    L"15",    kFrom15},
+        {BillOfMaterials, 8001, L"14",    L"15",    kFrom15},
+        {Legend,          7002, L"19",    L"20",    kFrom20},
+        {ExportReport,    8004, L"19",    L"20",    kFrom20},
+        {Legend,          7005, L"0",     L"1",     kFrom1 },
+        {TextBlock,       7002, L"0",     L"1",     kFrom1 },
+        {Legend,          1,    L"30001", L"30000", kFrom1 },
+        {Legend,          1,    L"wide",  L"7",     kFrom1 },
+        {Legend,          1,    L"7.5",   L"8",     kFrom1 },
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(testing::Message() << each.propId << " in " << each.type);
+        oce_columntype column = Column(each.propId, 5, L"");
+        const oce_columntype before = column;
+        HWND dlg = nullptr;
+        Script script;
+        script.WithNewDialog([&](HWND opened) {
+            dlg = opened;
+            uidriver::SetText(dlg, IDC_REPORTCOLUMN_WIDTH, each.refused);
+        });
+        script.Then([&] { uidriver::Click(dlg, IDOK); });
+        script.WithNewDialog([&](HWND message) {
+            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), each.message);
+            uidriver::Key(VK_RETURN);
+        });
+        script.Then([&] {
+            EXPECT_EQ(uidriver::TopDialog(), dlg);
+            EXPECT_TRUE(Focused(dlg, IDC_REPORTCOLUMN_WIDTH));
+            EXPECT_TRUE(Same(column, before));
+            uidriver::SetText(dlg, IDC_REPORTCOLUMN_WIDTH, each.accepted);
+        });
+        script.Then([&] { uidriver::Click(dlg, IDOK); });
+        script.Start();
+        EXPECT_TRUE(ReportTemplate::EditColumn(parent_, &column, L"", each.type));
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+        EXPECT_EQ(float{column.len}, std::stof(each.accepted));
+    }
+}
+
+TEST_F(ReportColumnDlgTest, CancelAndNoColumnChangeNothing) {
+    const oce_columntype before = column_;
+    Open();
+    Type(IDC_REPORTCOLUMN_WIDTH, L"99");
+    Type(IDC_REPORTCOLUMN_HEADER1, L"Other");
+    Key(VK_ESCAPE);
+    EXPECT_FALSE(Run());
+    EXPECT_TRUE(Same(column_, before));
+
+    const int windows = uidriver::CountHandles().windows;
+    EXPECT_FALSE(ReportTemplate::EditColumn(parent_, nullptr, L"Symbol", Legend));
+    EXPECT_EQ(uidriver::CountHandles().windows, windows);
+}
+
+TEST_F(ReportColumnDlgTest, NamesThePropertyAndTheUnitWhateverTheCallerGives) {
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(Shown(dlg, IDC_REPORTCOLUMN_PROPERTY), L"Unknown property 7001");
+        EXPECT_EQ(Shown(dlg, IDC_REPORTCOLUMN_WIDTH_LBL), L"Length (char)");
+        uidriver::Click(dlg, IDCANCEL);
+    });
+    EXPECT_FALSE(Run(TextBlock, nullptr));
+}
+
+}  // namespace

@@ -1,0 +1,364 @@
+#include <gtest/gtest.h>
+#include <occommonui/ReportFilter.h>
+#include <ticpp.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/FullReport.h"
+
+// Report records come from users' files. Whatever a text holds, reading it ends, stays within the record and has one of
+// the outcomes that callers are told of.
+
+namespace {
+
+constexpr int kDefinitionFormat = 20211229;
+constexpr int kFilterFormat = 20160101;
+constexpr int kLastTrueFormat = 20151101;
+
+// Small, so that random changes hit everything.
+ReportDefinitionType SmallDefinition() {
+    return FullDefinition(1);
+}
+
+ReportFilter SmallFilter() {
+    ReportFilter filter = FullFilter();
+    filter.ReportDefinitionType = SmallDefinition();
+    return filter;
+}
+
+template <class Record>
+std::string TextOf(const Record& record) {
+    std::string text;
+    EXPECT_TRUE(record.ToXml(text));
+    return text;
+}
+
+/// What the document's element says about its format; nothing when there is no document or no such number.
+std::optional<int> FormatOf(const std::string& xml) {
+    ticpp::Document document;
+    document.Parse(xml.c_str(), false);
+    const ticpp::Element* element = document.FirstChildElement(false);
+    int format = 0;
+    try {
+        if (element && element->GetAttribute("Format", &format, false)) return format;
+    } catch (const ticpp::Exception&) {
+        return {};
+    }
+    return {};
+}
+
+bool CountsAreSound(const ReportDefinitionType& definition) {
+    return definition.groupCount >= 0 && definition.groupCount <= 200 && definition.columnCount >= 0 &&
+           definition.columnCount <= 200;
+}
+
+/// Reads the text as a definition; false when that is no allowed outcome.
+bool DefinitionIsSound(const std::string& xml) {
+    static const ReportDefinitionType zero;
+    ReportDefinitionType definition = FullDefinition();
+    const bool result = definition.FromXml(xml.c_str());
+    const std::optional<int> format = FormatOf(xml);
+    if (Same(definition, zero)) return !result || (format && *format <= kLastTrueFormat);
+    if (!format || *format > kDefinitionFormat || result != (*format <= kLastTrueFormat)) return false;
+    ReportDefinitionType again;
+    again.FromXml(TextOf(definition).c_str());
+    return CountsAreSound(definition) && Same(again, definition);
+}
+
+/// Likewise as a filter.
+bool FilterIsSound(const std::string& xml) {
+    static const ReportFilter before = FullFilter();
+    static const ReportFilter reset = [] {
+        ReportFilter filter = FullFilter();
+        filter.reset(false);
+        return filter;
+    }();
+    ReportFilter filter = before;
+    const bool result = filter.FromXml(xml.c_str());
+    const std::optional<int> format = FormatOf(xml);
+    const bool newer = format && *format > kFilterFormat;
+    if (!result) return Same(filter, reset) || (newer && Same(filter, before));
+    if (!format || newer) return false;
+    ReportFilter again;
+    return CountsAreSound(filter.ReportDefinitionType) && again.FromXml(TextOf(filter).c_str()) &&
+           SameStored(again, filter);
+}
+
+/// Changes texts at random, in the same way in every run.
+class Mutator {
+public:
+    explicit Mutator(unsigned seed) : random_(seed) {}
+
+    // Half of the texts get other values only, so that they are still documents.
+    std::string operator()(std::string text) {
+        constexpr void (Mutator::*kChanges[])(std::string&) = {&Mutator::ReplaceValue, &Mutator::FlipByte,
+                                                               &Mutator::Delete, &Mutator::Insert, &Mutator::Duplicate};
+        const std::size_t kinds = Below(2) ? std::size(kChanges) : 1;
+        for (std::size_t n = 1 + Below(3); n > 0; --n)
+            (this->*kChanges[Below(kinds)])(text);
+        return text;
+    }
+
+private:
+    std::size_t Below(std::size_t limit) { return random_() % limit; }
+    std::size_t Length(const std::string& text) { return Below(1 + std::min<std::size_t>(text.size(), 60)); }
+
+    void FlipByte(std::string& text) {
+        if (!text.empty()) text[Below(text.size())] ^= static_cast<char>(1 << Below(8));
+    }
+    void Delete(std::string& text) { text.erase(Below(text.size() + 1), Length(text)); }
+    void Insert(std::string& text) {
+        static constexpr char kBytes[] =
+            "<>/\"'=&;!-[]? \r\n\x01\xC3\xED\xFF"
+            "0a";
+        text.insert(Below(text.size() + 1), 1, kBytes[Below(sizeof kBytes)]);
+    }
+    void Duplicate(std::string& text) {
+        const std::string slice = text.substr(Below(text.size() + 1), Length(text));
+        text.insert(Below(text.size() + 1), slice);
+    }
+    void ReplaceValue(std::string& text) {
+        static const std::string kValues[] = {"",
+                                              " ",
+                                              "0",
+                                              "1",
+                                              "2",
+                                              "-1",
+                                              "+1",
+                                              "1.5",
+                                              "1,5",
+                                              "1e39",
+                                              "1e400",
+                                              "1e-400",
+                                              "nan",
+                                              "inf",
+                                              "0x10",
+                                              "-32769",
+                                              "65536",
+                                              "256",
+                                              "2147483648",
+                                              "99999999999999999999",
+                                              "20151101",
+                                              "20151102",
+                                              "20160102",
+                                              "20210809",
+                                              "20211228",
+                                              "20211230",
+                                              "&amp",
+                                              "&#0;",
+                                              "&#x110000;",
+                                              "&#xD800;",
+                                              "&lt;&#9;&#10;",
+                                              "'",
+                                              "<",
+                                              ">",
+                                              "\xF0\x9F\x98",
+                                              "\xED\xA0\xBD",
+                                              "\xE4",
+                                              "true",
+                                              std::string(300, 'x'),
+                                              std::string(85, '\xE4'),
+                                              std::string(254, 'x') + "\xF0\x9F\x98\x80",
+                                              std::string(27, 'x') + "\xF0\x9F\x98\x80"};
+        const std::size_t value = text.find("=\"", Below(text.size() + 1));
+        if (value == std::string::npos) return;
+        text.replace(value + 2, text.find('"', value + 2) - value - 2, kValues[Below(std::size(kValues))]);
+    }
+
+    std::mt19937 random_;
+};
+
+TEST(ReportXmlFaults, ADocumentIsReadOnlyWhenItIsComplete) {
+    const std::string definition = TextOf(SmallDefinition());
+    const std::string filter = TextOf(SmallFilter());
+    for (std::size_t size = 0; size < definition.rfind('>'); ++size) {
+        ReportDefinitionType read = FullDefinition();
+        EXPECT_FALSE(read.FromXml(definition.substr(0, size).c_str()));
+        ASSERT_TRUE(Same(read, ReportDefinitionType())) << size;
+    }
+    ReportFilter reset = FullFilter();
+    reset.reset(false);
+    for (std::size_t size = 0; size < filter.rfind('>'); ++size) {
+        ReportFilter read = FullFilter();
+        EXPECT_FALSE(read.FromXml(filter.substr(0, size).c_str()));
+        ASSERT_TRUE(Same(read, reset)) << size;
+    }
+}
+
+TEST(ReportXmlFaults, ADefinitionWithRandomChangesHasAnAllowedOutcome) {
+    const std::string sound = TextOf(SmallDefinition());
+    Mutator mutate(20211229);
+    for (int round = 0; round < 100'000; ++round) {
+        const std::string xml = mutate(sound);
+        ASSERT_TRUE(DefinitionIsSound(xml)) << round << "\n" << xml;
+    }
+}
+
+TEST(ReportXmlFaults, AFilterWithRandomChangesHasAnAllowedOutcome) {
+    const std::string sound = TextOf(SmallFilter());
+    Mutator mutate(20160101);
+    for (int round = 0; round < 100'000; ++round) {
+        const std::string xml = mutate(sound);
+        ASSERT_TRUE(FilterIsSound(xml)) << round << "\n" << xml;
+    }
+}
+
+TEST(ReportXmlFaults, DepthIsNoDanger) {
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i)
+        deep += "<Columns>";
+    std::string definition = TextOf(SmallDefinition());
+    definition.insert(definition.find("<Columns>"), deep);
+    std::string filter = TextOf(SmallFilter());
+    filter.insert(filter.find("<Options"), deep);
+    for (const std::string& xml : {deep, definition, filter}) {
+        EXPECT_TRUE(DefinitionIsSound(xml));
+        EXPECT_TRUE(FilterIsSound(xml));
+        EXPECT_EQ(FormatOf(xml), std::nullopt);
+    }
+}
+
+TEST(ReportXmlFaults, ValuesMayBeHuge) {
+    std::string huge;
+    huge.resize(10'000'000, 'x');
+    ticpp::Element element;
+    EXPECT_TRUE(FullFilter().ToXml(element));
+    for (const char* name : {"Textstyle", "Blocklayername", "ReportOutputFile"})
+        element.SetAttribute(name, huge);
+    ticpp::Element* definition = element.FirstChildElement("ReportDefinitionType");
+    definition->SetAttribute("name", huge);
+    definition->FirstChildElement("Columns")->FirstChildElement()->SetAttribute("hdr1", huge);
+    ReportFilter filter;
+    EXPECT_TRUE(filter.FromXml(element.AsXml().c_str()));
+    EXPECT_EQ(FixedText<&ReportFilter::Textstyle>(filter).size(), 255u);
+    EXPECT_EQ(filter.ReportOutputFile.size(), huge.size());
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(filter.ReportDefinitionType).size(), 40u);
+    EXPECT_EQ(+filter.ReportDefinitionType.columnCount, 2);
+
+    ticpp::Element other;
+    EXPECT_TRUE(FullFilter().ToXml(other));
+    other.SetAttribute("Scale", huge);
+    EXPECT_TRUE(FilterIsSound(other.AsXml())) << "a huge number is none";
+}
+
+TEST(ReportXmlFaults, TextOfOtherEncodingsIsReadAsFarAsItGoes) {
+    const auto nameOf = [](const std::string& bytes) {
+        std::string xml = TextOf(SmallDefinition());
+        const std::size_t at = xml.find("name=\"") + 6;
+        xml.replace(at, xml.find('"', at) - at, bytes);
+        EXPECT_TRUE(DefinitionIsSound(xml));
+        ReportDefinitionType definition;
+        definition.FromXml(xml.c_str());
+        return FixedText<&ReportDefinitionType::name>(definition);
+    };
+    EXPECT_EQ(nameOf("P\xC3\xA4\xC3\xA4"), L"P\u00e4\u00e4");
+    EXPECT_EQ(nameOf("P\xE4\xE4ovi"), L"P\uFFFD\uFFFDovi") << "Latin-1";
+    EXPECT_EQ(nameOf("a\xFF\xC0\xAF\xF8z"), L"a\uFFFD\uFFFD\uFFFD\uFFFDz");
+    EXPECT_EQ(nameOf("\xED\xA0\xBD"), L"\xD83D") << "half a pair, as the record may hold one";
+    EXPECT_EQ(nameOf("&#x1F600;"), L"\U0001F600");
+
+    const ustr wide = orvaspace::ToWide("\xEF\xBB\xBF" + TextOf(SmallDefinition()));
+    const std::string utf16(reinterpret_cast<const char*>(wide.c_str()), wide.size() * sizeof(wchar_t));
+    EXPECT_TRUE(DefinitionIsSound(utf16)) << "ends at its first zero";
+    EXPECT_TRUE(FilterIsSound(utf16));
+    ReportDefinitionType definition;
+    definition.FromXml(wide.c_str());
+    EXPECT_TRUE(Same(definition, SmallDefinition())) << "a byte order mark is passed over";
+}
+
+TEST(ReportXmlFaults, AnAttributeStandsOnce) {
+    std::string definition = TextOf(SmallDefinition());
+    definition.insert(definition.find(" name="), " id=\"1\"");
+    ReportDefinitionType read = FullDefinition();
+    EXPECT_FALSE(read.FromXml(definition.c_str()));
+    EXPECT_TRUE(Same(read, ReportDefinitionType()));
+    std::string filter = TextOf(SmallFilter());
+    filter.insert(filter.find(" Scale="), " Scale=\"1\"");
+    ReportFilter readFilter;
+    EXPECT_FALSE(readFilter.FromXml(filter.c_str()));
+    EXPECT_TRUE(FilterIsSound(filter));
+}
+
+struct Range {
+    const char* parent;  // of the first element that has the attribute; empty: the record's own element
+    const char* name;
+    std::vector<const char*> fit;
+    std::vector<const char*> unfit;
+};
+
+template <class Record>
+void CheckRanges(const Record& record, const Record& failed, const std::vector<Range>& ranges) {
+    const auto read = [&](const Range& range, const char* value) {
+        ticpp::Element element;
+        EXPECT_TRUE(record.ToXml(element));
+        ticpp::Element* owner = *range.parent ? element.FirstChildElement(range.parent)->FirstChildElement() : &element;
+        owner->SetAttribute(range.name, value);
+        Record result = record;
+        result.FromXml(element);
+        return Same(result, failed);
+    };
+    for (const Range& range : ranges) {
+        for (const char* value : range.fit)
+            EXPECT_FALSE(read(range, value)) << range.name << " " << value;
+        for (const char* value : range.unfit)
+            EXPECT_TRUE(read(range, value)) << range.name << " " << value;
+        for (const char* value : {"", " ", "x", "1x", "1,5", "0x1", "nan", "inf", "99999999999999999999999999e999"})
+            EXPECT_TRUE(read(range, value)) << range.name << " " << value;
+    }
+}
+
+TEST(ReportXmlFaults, ANumberThatItsFieldCannotHoldIsUnreadable) {
+    const std::vector<const char*> int32Fit = {"2147483647", "-2147483648", " 7\t", "+7"};
+    const std::vector<const char*> int32Unfit = {"2147483648", "-2147483649", "1.0", "1e3"};
+    const std::vector<const char*> byteFit = {"0", "255"};
+    const std::vector<const char*> byteUnfit = {"256", "-1", "1.0"};
+    const std::vector<const char*> floatFit = {"3.4e38", "-0.0", "1e-40", "7"};
+    const std::vector<const char*> floatUnfit = {"3.5e38", "-1e39"};
+    CheckRanges(SmallDefinition(), ReportDefinitionType(),
+                {
+                    {"",        "Version",     int32Fit,            int32Unfit                  },
+                    {"",        "id",          int32Fit,            int32Unfit                  },
+                    {"",        "wcSeparator", {"0", "65535"},      {"65536", "-1", ";"}        },
+                    {"Groups",  "id",          int32Fit,            int32Unfit                  },
+                    {"Columns", "propId",      {"32767", "-32768"}, {"32768", "-32769", "65536"}},
+                    {"Columns", "len",         floatFit,            floatUnfit                  },
+                    {"Columns", "align",       byteFit,             byteUnfit                   },
+                    {"Columns", "nSubRow",     byteFit,             byteUnfit                   },
+                    {"Columns", "showUnits",   int32Fit,            int32Unfit                  },
+    });
+    ReportFilter reset = FullFilter();
+    reset.reset(false);
+    CheckRanges(FullFilter(), reset,
+                {
+                    {"", "Version",                 int32Fit,             int32Unfit},
+                    {"", "AppID",                   int32Fit,             int32Unfit},
+                    {"", "ReportType",              int32Fit,             int32Unfit},
+                    {"", "ReportOutputType",        int32Fit,             int32Unfit},
+                    {"", "Scale",                   floatFit,             floatUnfit},
+                    {"", "SymbolScale",             {"1e300", "-1e-300"}, {"1e309"} },
+                    {"", "Alignment",               int32Fit,             int32Unfit},
+                    {"", "TextHeight",              floatFit,             floatUnfit},
+                    {"", "OnlyProductsFromProject", int32Fit,             int32Unfit},
+    });
+}
+
+TEST(ReportXmlFaults, OptionsAreAllOrNothing) {
+    ReportFilter full = FullFilter();
+    for (const char* name : {"Version", "Format", "CheckDuplicates", "dxMin", "dyMin", "dzMin"}) {
+        for (const char* value : {"", "x", "1e39", "2147483648e", "-1e39", "20160101x"}) {
+            ticpp::Element element;
+            EXPECT_TRUE(full.Options.ToXml(element));
+            element.SetAttribute(name, value);
+            ReportOptions options = full.Options;
+            EXPECT_FALSE(options.FromXml(element)) << name << " " << value;
+            EXPECT_TRUE(Same(options, ReportOptions())) << name << " " << value;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,569 @@
+#include <gtest/gtest.h>
+#include <occommonui/UpdateDwgData.h>
+#include <orvatool/Gw.h>
+#include <orvatool/InterApp.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <functional>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/driver/UiDriver.h"
+#include "project_ids.h"
+#include "support/SelectionHost.h"
+
+namespace {
+
+using ObjectSelection::Dlg::kNoManualSelection;
+using uidriver::Script;
+using UpdateDwgData::Options;
+using UpdateDwgData::PrjDb::OptionsRec;
+using Texts = std::vector<std::wstring>;
+using Ids = std::set<long>;
+
+namespace PrjDb = UpdateDwgData::PrjDb;
+
+constexpr int kAskText = 101;  // the edit control of the question for a name
+constexpr std::uint32_t kNoManual = kNoManualSelection;
+
+/// Two headings; the items of the second need a selection set. What the rows are to the caller itself is of no concern.
+TREE_INSERTLIST2 Items() {
+    TREE_INSERTLIST2 list;
+    const auto add = [&](int level, std::int64_t data, const wchar_t* text) {
+        list.push_back(level, 9000 + static_cast<std::int64_t>(list.size()), Lng::Hpv, -1, ustr(text)).data = data;
+    };
+    add(0, 0, L"Dimensions");
+    add(1, 12, L"Length");
+    add(1, 13, L"Height");
+    add(1, -105, L"Custom");
+    add(0, 0, L"Flow");
+    add(1, 20, L"Supply flow");
+    add(1, 21, L"Exhaust flow");
+    return list;
+}
+
+bool IsFlow(std::uint64_t id) {
+    return id == 20 || id == 21;
+}
+
+ObjectSelection::Data Systems(std::int32_t system) {
+    ObjectSelection::Data data;
+    data.bySelectionSet = data.currentDrawing = data.useSystems = true;
+    data.systems = {system};
+    return data;
+}
+
+OptionsRec Set(const wchar_t* name, Ids properties, std::int32_t system = 32) {
+    OptionsRec rec;
+    rec.name = name;
+    rec.options.properties = std::move(properties);
+    rec.options.selection = Systems(system);
+    return rec;
+}
+
+/// As they are stored: "1 Name {12,13}" each.
+Texts Stored(const QBaseDb& db) {
+    std::vector<OptionsRec> recs;
+    PrjDb::Read(db, recs);
+    Texts texts;
+    for (const OptionsRec& rec : recs) {
+        std::wstring text = std::to_wstring(rec.id) + L" " + rec.name.c_str() + L" {";
+        for (const long id : rec.options.properties)
+            text += (text.back() == L'{' ? L"" : L",") + std::to_wstring(id);
+        texts.push_back(text + L"}");
+    }
+    return texts;
+}
+
+HWND Tree(HWND dlg) {
+    return uidriver::Control(dlg, IDC_UPDATEDWGDATA_ITEMS);
+}
+HWND Sets(HWND dlg) {
+    return uidriver::Control(dlg, IDC_UPDATEDWGDATA_SET);
+}
+
+std::wstring Shown(HWND dlg, int ctrlId) {
+    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
+    std::erase(text, L'&');
+    return text;
+}
+
+bool Enabled(HWND dlg, int ctrlId) {
+    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
+}
+
+int CheckOf(HWND dlg, const wchar_t* item) {
+    return gwTVgetCheck(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), item));
+}
+
+Texts Names(HWND dlg) {
+    Texts names;
+    const auto count = SendMessageW(Sets(dlg), CB_GETCOUNT, 0, 0);
+    for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i) {
+        std::wstring name(static_cast<std::size_t>(SendMessageW(Sets(dlg), CB_GETLBTEXTLEN, i, 0)), L'\0');
+        SendMessageW(Sets(dlg), CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(name.data()));
+        names.push_back(name);
+    }
+    return names;
+}
+
+class UpdateDwgDataDlgTest : public testing::Test {
+protected:
+    UpdateDwgDataDlgTest() : db_(NewFile().c_str()) {}
+
+    void SetUp() override {
+        SetProductKey(L"Software\\OrvaCADTest");
+        Lng::SetLanguage(L"en");
+        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
+                                  nullptr, nullptr, nullptr);
+        options_.properties = {12};
+        options_.selection = Systems(31);
+    }
+    void TearDown() override {
+        DestroyWindow(parent_);
+        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
+    }
+
+    static std::filesystem::path File() {
+        return std::filesystem::temp_directory_path() / L"UpdateDwgDataDlg" / L"project.db";
+    }
+    static std::wstring NewFile() {
+        std::filesystem::remove_all(File().parent_path());
+        std::filesystem::create_directories(File().parent_path());
+        return File().wstring();
+    }
+
+    void Store(OptionsRec rec) { ASSERT_TRUE(PrjDb::Write(db_, rec)); }
+    /// Puts a set into the database whose options are this text.
+    void StoreXml(const char* objId, const wchar_t* xml) {
+        QBaseDb::Rec* const record = db_.createRec("UP", objId);
+        db_.insertWsz(record, 1501, L"Unreadable");
+        db_.insertWsz(record, 1589, xml);
+        ASSERT_EQ(db_.saveRec(record), 0);
+        db_.releaseRec(record);
+    }
+
+    /// Adds a step that works on the dialog.
+    void Step(std::function<void(HWND)> step) {
+        script_.Then([this, step] { step(dlg_); });
+    }
+    /// Catches the dialog; every script begins with it.
+    void Open() {
+        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
+    }
+    void Press(int ctrlId) {
+        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
+    }
+    /// Clicks the item's check box.
+    void Check(const wchar_t* text) {
+        Step([=](HWND dlg) {
+            const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), text);
+            ASSERT_TRUE(item) << text;
+            TreeView_EnsureVisible(Tree(dlg), item);
+            uidriver::ClickTreeItem(Tree(dlg), item, true);
+        });
+    }
+    /// Chooses a set with the keyboard.
+    void Choose(int row) {
+        Step([](HWND dlg) {
+            SetFocus(Sets(dlg));
+            uidriver::Key(VK_HOME);
+        });
+        for (int i = 0; i < row; ++i)
+            Step([](HWND) { uidriver::Key(VK_DOWN); });
+    }
+    /// Answers the question for a name.
+    void Name(const std::wstring& text) {
+        script_.WithNewDialog([=](HWND ask) {
+            EXPECT_EQ(Shown(ask, kAskText - 1), L"Name:");
+            uidriver::SetText(ask, kAskText, text);
+        });
+        script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    }
+    void ExpectMessage(const std::wstring& text, int button) {
+        script_.WithNewDialog([=](HWND message) {
+            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), text);
+            uidriver::Click(message, button);
+        });
+    }
+
+    bool Run(const TREE_INSERTLIST2* items) {
+        script_.Start();
+        const auto needsSet = [this](UpdateDwgData::Dlg::MsgId message, std::uint64_t id, std::int64_t none) {
+            EXPECT_EQ(message, UpdateDwgData::Dlg::NeedsSelectionSet);
+            EXPECT_EQ(none, 0);
+            asked_.insert(static_cast<long>(id));
+            if (itemsFail_) throw std::runtime_error("caller");
+            return std::int64_t{IsFlow(id)};
+        };
+        const bool result =
+            UpdateDwgData::OptionsDlg(parent_, Lng::Hpv, options_, items, db_, host_.Callback(), needsSet);
+        EXPECT_TRUE(script_.Finished()) << script_.Failure();
+        return result;
+    }
+    bool Run() {
+        const TREE_INSERTLIST2 items = Items();
+        return Run(&items);
+    }
+
+    HWND parent_ = nullptr;
+    HWND dlg_ = nullptr;
+    QBaseDb db_;
+    Script script_;
+    SelectionHost host_;
+    Options options_;
+    Ids asked_;
+    bool itemsFail_ = false;
+};
+
+TEST_F(UpdateDwgDataDlgTest, OkGivesTheOptionsBackAsTheyWereShown) {
+    Store(Set(L"Second name", {13}));
+    Store(Set(L"A name", {13}));
+    StoreXml("000007", L"<UpdateDwgDataType Version=\"20161102\" Format=\"20161102\"/>");
+    StoreXml("000008", L"<UpdateDwgDataType");
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Update Drawing Data - OrvaCAD HPV");
+        const std::pair<int, const wchar_t*> texts[] = {
+            {100, L"Range"        },
+            {101, L"Selection set"},
+            {140, L"Save"         },
+            {141, L"Save as..."   },
+            {142, L"Delete"       },
+            {143, L"Rename..."    }
+        };
+        for (const auto& [id, text] : texts)
+            EXPECT_EQ(Shown(dlg, id), text);
+        EXPECT_EQ(Names(dlg), (Texts{L"Second name", L"A name"})) << "in the database's order, without the unreadable";
+        EXPECT_EQ(SendMessageW(Sets(dlg), CB_GETCURSEL, 0, 0), CB_ERR);
+        EXPECT_EQ(CheckOf(dlg, L"Length"), kTreeChecked);
+        EXPECT_EQ(CheckOf(dlg, L"Dimensions"), kTreePartial);
+        EXPECT_EQ(CheckOf(dlg, L"Height"), kTreeUnchecked);
+    });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, Ids{12});
+    EXPECT_EQ(options_.selection, Systems(31));
+    EXPECT_TRUE(options_.flagMask & ObjectSelection::Dlg::kNoPages) << "the control's own";
+    EXPECT_TRUE(asked_.empty()) << "nothing was checked or unchecked";
+}
+
+TEST_F(UpdateDwgDataDlgTest, CancelLeavesTheOptionsButNotTheSets) {
+    Open();
+    Check(L"Custom");
+    Check(L"Supply flow");
+    Press(IDC_UPDATEDWGDATA_SAVE_AS);
+    Name(L"Kept");
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(options_.properties, Ids{12});
+    EXPECT_EQ(options_.selection, Systems(31));
+    EXPECT_EQ(options_.flagMask, 0u);
+    EXPECT_EQ(Stored(db_), Texts{L"1 Kept {-105,12,20}"});
+}
+
+TEST_F(UpdateDwgDataDlgTest, WithoutACheckedItemNothingIsConfirmedOrSaved) {
+    Store(Set(L"Set", {13}));
+    Open();
+    Check(L"Length");
+    for (const int button : {IDOK, IDC_UPDATEDWGDATA_SAVE, IDC_UPDATEDWGDATA_SAVE_AS}) {
+        Step([](HWND dlg) { SetFocus(Sets(dlg)); });
+        Press(button);
+        Step([](HWND dlg) {
+            EXPECT_EQ(uidriver::TopDialog(), dlg);
+            EXPECT_EQ(GetFocus(), Tree(dlg));
+        });
+    }
+    Check(L"Dimensions");
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, (Ids{-105, 12, 13})) << "a heading stands for what is below it";
+    EXPECT_EQ(Stored(db_), Texts{L"1 Set {13}"});
+}
+
+TEST_F(UpdateDwgDataDlgTest, ItemsThatNeedASelectionSetRuleManualSelectionOut) {
+    options_.selection = ObjectSelection::Data();
+    Open();
+    Step([](HWND dlg) { EXPECT_TRUE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
+    Check(L"Height");
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "a length can be picked by hand"; });
+    Check(L"Supply flow");
+    const auto expectForced = [](HWND dlg) {
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL));
+        EXPECT_FALSE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_MANUAL));
+        EXPECT_TRUE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_CURRENT));
+    };
+    Step(expectForced);
+    Check(L"Exhaust flow");
+    Check(L"Supply flow");
+    Step(expectForced);
+    Check(L"Flow");  // partial: turns both on
+    Step(expectForced);
+    Check(L"Flow");
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "none is left"; });
+    Check(L"Flow");
+    Step(expectForced);
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, (Ids{12, 13, 20, 21}));
+    EXPECT_TRUE(options_.flagMask & kNoManual);
+    EXPECT_TRUE(options_.selection.bySelectionSet);
+    EXPECT_EQ(asked_, (Ids{12, 13, 20, 21}));
+}
+
+TEST_F(UpdateDwgDataDlgTest, ACallerThatFailsNeedsNoSelectionSet) {
+    itemsFail_ = true;
+    Open();
+    Check(L"Supply flow");
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, (Ids{12, 20}));
+}
+
+TEST_F(UpdateDwgDataDlgTest, ChoosingASetLoadsItWithoutItsFlagMask) {
+    Store(Set(L"Flows", {20, 21, 777}));
+    Store(Set(L"Lengths", {12, 13}));
+    Open();
+    Check(L"Supply flow");
+    Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
+    Choose(0);
+    Step([](HWND dlg) {
+        EXPECT_EQ(CheckOf(dlg, L"Flow"), kTreeChecked);
+        EXPECT_EQ(CheckOf(dlg, L"Length"), kTreeUnchecked);
+        EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "the flag is not stored";
+    });
+    Check(L"Exhaust flow");
+    Check(L"Exhaust flow");
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "one was checked all the time"; });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, (Ids{20, 21})) << "what the tree does not have is gone";
+    EXPECT_EQ(options_.selection, Systems(32));
+    EXPECT_EQ(options_.flagMask, 0u);
+}
+
+TEST_F(UpdateDwgDataDlgTest, SavesUnderTheSelectedSetElseAsksForAName) {
+    Store(Set(L"First", {13}));
+    Open();
+    Press(IDC_UPDATEDWGDATA_SAVE);
+    script_.WithNewDialog([](HWND ask) {
+        EXPECT_EQ(Shown(ask, kAskText), L"");
+        EXPECT_EQ(SendDlgItemMessageW(ask, kAskText, EM_GETLIMITTEXT, 0, 0), 100);
+        uidriver::Click(ask, IDCANCEL);
+    });
+    Step([this](HWND dlg) {
+        EXPECT_EQ(Names(dlg), Texts{L"First"});
+        EXPECT_EQ(Stored(db_), Texts{L"1 First {13}"});
+    });
+    Press(IDC_UPDATEDWGDATA_SAVE);
+    Name(L"Second");
+    Step([this](HWND dlg) {
+        EXPECT_EQ(Names(dlg), (Texts{L"First", L"Second"}));
+        EXPECT_EQ(Shown(dlg, IDC_UPDATEDWGDATA_SET), L"Second");
+        EXPECT_EQ(Stored(db_), (Texts{L"1 First {13}", L"2 Second {12}"}));
+    });
+    Check(L"Custom");
+    Press(IDC_UPDATEDWGDATA_SAVE);
+    Step([this](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        EXPECT_EQ(Stored(db_), (Texts{L"1 First {13}", L"2 Second {-105,12}"}));
+    });
+    Press(IDC_UPDATEDWGDATA_SAVE_AS);
+    Name(L"Second");
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(Stored(db_).back(), L"3 Second {-105,12}") << "a name may be used twice";
+}
+
+TEST_F(UpdateDwgDataDlgTest, RenamesAndDeletesTheSelectedSet) {
+    Store(Set(L"First", {12}));
+    Store(Set(L"Second", {13}));
+    Store(Set(L"Third", {20}));
+    Open();
+    Step([](HWND dlg) {
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_RENAME));
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_DELETE));
+    });
+    Choose(1);
+    Check(L"Custom");  // which is not what is renamed
+    Press(IDC_UPDATEDWGDATA_RENAME);
+    script_.WithNewDialog([](HWND ask) {
+        EXPECT_EQ(uidriver::Text(ask), L"Configuration Name - OrvaCAD HPV");
+        EXPECT_EQ(Shown(ask, kAskText), L"Second");
+        EXPECT_EQ(SendDlgItemMessageW(ask, kAskText, EM_GETLIMITTEXT, 0, 0), 100);
+        uidriver::SetText(ask, kAskText, L"100 %d \"ducts\"");
+    });
+    script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    Step([this](HWND dlg) {
+        EXPECT_EQ(Names(dlg), (Texts{L"First", L"100 %d \"ducts\"", L"Third"}));
+        EXPECT_EQ(Shown(dlg, IDC_UPDATEDWGDATA_SET), L"100 %d \"ducts\"");
+        EXPECT_EQ(Stored(db_)[1], L"2 100 %d \"ducts\" {13}");
+    });
+    Press(IDC_UPDATEDWGDATA_DELETE);
+    const std::wstring question = L"Do you really want to delete selection set \"100 %d \"ducts\"\"";
+    ExpectMessage(question, IDNO);
+    Step([](HWND dlg) { EXPECT_EQ(Names(dlg).size(), 3u); });
+    Press(IDC_UPDATEDWGDATA_DELETE);
+    ExpectMessage(question, IDYES);
+    Step([this](HWND dlg) {
+        EXPECT_EQ(Names(dlg), (Texts{L"First", L"Third"}));
+        EXPECT_EQ(SendMessageW(Sets(dlg), CB_GETCURSEL, 0, 0), CB_ERR);
+        EXPECT_EQ(Stored(db_), (Texts{L"1 First {12}", L"3 Third {20}"}));
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_DELETE));
+        EXPECT_EQ(CheckOf(dlg, L"Custom"), kTreeChecked) << "what is shown stays";
+    });
+    Press(IDC_UPDATEDWGDATA_SAVE_AS);
+    Name(L"Fourth");
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(Stored(db_)[1], L"2 Fourth {-105,13}") << "the id is free again";
+}
+
+TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
+    Store(Set(L"First", {12}));
+    Store(Set(L"Second", {13}));
+    Store(Set(L"Third", {20}));
+    QBaseDb other(File().c_str());
+    Open();
+    Step([&](HWND) {
+        PrjDb::Delete(other, 2);
+        OptionsRec third = Set(L"Renamed", {21});
+        third.id = 3;
+        PrjDb::Write(other, third);
+    });
+    Step([](HWND dlg) {
+        SetFocus(Sets(dlg));
+        uidriver::Type(L"T");
+    });
+    Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked) << "what is stored now is loaded"; });
+    Press(IDC_UPDATEDWGDATA_RENAME);
+    script_.WithNewDialog([](HWND ask) {
+        EXPECT_EQ(Shown(ask, kAskText), L"Renamed");
+        uidriver::Click(ask, IDCANCEL);
+    });
+    Step([](HWND dlg) {
+        SetFocus(Sets(dlg));
+        uidriver::Key(VK_UP);
+    });
+    ExpectMessage(L"Selection set \"Second\" is no longer in the project.", IDOK);
+    Step([&](HWND dlg) {
+        EXPECT_EQ(Names(dlg), (Texts{L"First", L"Third"}));
+        EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked) << "what is shown stays";
+        PrjDb::Delete(other, 1);
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(UpdateDwgDataDlgTest, ASetThatIsGoneAlreadyIsDeletedWithoutAWord) {
+    Store(Set(L"Set", {12}));
+    QBaseDb other(File().c_str());
+    Open();
+    Choose(0);
+    Step([&](HWND dlg) {
+        PrjDb::Delete(other, 1);
+        uidriver::Click(dlg, IDC_UPDATEDWGDATA_DELETE);
+    });
+    ExpectMessage(L"Do you really want to delete selection set \"Set\"", IDYES);
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        EXPECT_TRUE(Names(dlg).empty());
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+}
+
+TEST_F(UpdateDwgDataDlgTest, ADatabaseThatCannotBeWrittenIsReportedAndTheSetsStay) {
+    Store(Set(L"Set", {12}));
+    db_ = QBaseDb(File().c_str(), 0);
+    QBaseDb other(File().c_str());
+    const QBaseDb::QuickMode busy(other, 1, 1);
+    ASSERT_TRUE(busy.IsOpen());
+    const auto expectFailure = [this] {
+        script_.WithNewDialog([](HWND message) {
+            EXPECT_FALSE(uidriver::Text(GetDlgItem(message, 0xFFFF)).empty());
+            uidriver::Click(message, IDOK);
+        });
+        Step([](HWND dlg) { EXPECT_EQ(Names(dlg), Texts{L"Set"}); });
+    };
+    Open();
+    Choose(0);
+    Check(L"Custom");
+    Press(IDC_UPDATEDWGDATA_SAVE);
+    expectFailure();
+    Press(IDC_UPDATEDWGDATA_RENAME);
+    Name(L"Other");
+    expectFailure();
+    Press(IDC_UPDATEDWGDATA_DELETE);
+    ExpectMessage(L"Do you really want to delete selection set \"Set\"", IDYES);
+    expectFailure();
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(Stored(db_), Texts{L"1 Set {12}"});
+}
+
+TEST_F(UpdateDwgDataDlgTest, WhenTheTableIsFullANewSetIsListedThatIsNone) {
+    constexpr long kLastId = 32766;
+    {
+        QBaseDb::QuickMode scope(db_, 1, 1);
+        OptionsRec rec = Set(L"Taken", {12});
+        for (rec.id = 1; rec.id <= kLastId; ++rec.id)
+            ASSERT_TRUE(PrjDb::Write(db_, rec));
+        ASSERT_TRUE(scope.End());
+    }
+    Open();
+    Press(IDC_UPDATEDWGDATA_SAVE_AS);
+    Name(L"New");
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg) << "not a word";
+        EXPECT_EQ(SendMessageW(Sets(dlg), CB_GETCOUNT, 0, 0), kLastId + 1);
+        EXPECT_EQ(Shown(dlg, IDC_UPDATEDWGDATA_SET), L"New");
+        EXPECT_EQ(SendMessageW(Sets(dlg), CB_GETITEMDATA, kLastId, 0), 0);
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_RENAME));
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_DELETE));
+    });
+    Press(IDC_UPDATEDWGDATA_SAVE);
+    script_.WithNewDialog([](HWND ask) {
+        EXPECT_EQ(Shown(ask, kAskText), L"") << "saved as another one";
+        uidriver::Click(ask, IDCANCEL);
+    });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run());
+    std::vector<OptionsRec> recs;
+    PrjDb::Read(db_, recs);
+    EXPECT_EQ(recs.size(), static_cast<std::size_t>(kLastId));
+}
+
+TEST_F(UpdateDwgDataDlgTest, SearchNarrowsTheItemsAndEnterChecksTheMatch) {
+    Open();
+    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_UPDATEDWGDATA_SEARCH, L"exh"); });
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::FindTreeItem(Tree(dlg), L"Length"), nullptr);
+        uidriver::Key(VK_RETURN);
+    });
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::TopDialog(), dlg);
+        EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked);
+        EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "as by a click";
+    });
+    Press(IDOK);
+    EXPECT_TRUE(Run());
+    EXPECT_EQ(options_.properties, (Ids{12, 21})) << "with what the search hid";
+}
+
+TEST_F(UpdateDwgDataDlgTest, WithoutItemsItOpensAndWithoutAHostItFails) {
+    Open();
+    Press(IDOK);
+    Step([](HWND dlg) { EXPECT_EQ(uidriver::TopDialog(), dlg) << "nothing can be checked"; });
+    Press(IDCANCEL);
+    EXPECT_FALSE(Run(nullptr));
+    EXPECT_FALSE(UpdateDwgData::OptionsDlg(parent_, Lng::Hpv, options_, nullptr, db_, nullptr, nullptr));
+    EXPECT_EQ(options_.properties, Ids{12});
+}
+
+}  // namespace

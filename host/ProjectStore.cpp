@@ -15,7 +15,6 @@ namespace {
 
 using orvasql::Database;
 using orvasql::OpenMode;
-using orvasql::SqlError;
 using orvasql::Statement;
 using orvasql::Transaction;
 

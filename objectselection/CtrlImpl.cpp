@@ -213,7 +213,7 @@ void Ctrl::Impl::FindControls() {
 
 void Ctrl::Impl::CreateNodes() {
     for (const CategoryRow& row : kCategoryTable) {
-        Node& node = nodes_[row.category];
+        Node& node = nodes_[row.category] = {};
         const bool first = row.category == kModelDrawings;
         node.row = &row;
         node.id =

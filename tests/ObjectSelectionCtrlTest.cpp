@@ -145,13 +145,9 @@ std::wstring Shown(HWND window) {
     return text;
 }
 
-HTREEITEM Next(HWND tree, HTREEITEM item) {
-    return gwTVnext(tree, item);
-}
-
 Texts TreeTexts(HWND tree) {
     Texts texts;
-    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = Next(tree, item))
+    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = gwTVnext(tree, item))
         texts.emplace_back(gwTVgetText(tree, item).c_str());
     return texts;
 }
@@ -159,7 +155,7 @@ Texts TreeTexts(HWND tree) {
 /// The texts of the items without items below them that are checked.
 Texts CheckedTexts(HWND tree) {
     Texts texts;
-    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = Next(tree, item)) {
+    for (HTREEITEM item = TreeView_GetRoot(tree); item; item = gwTVnext(tree, item)) {
         if (!TreeView_GetChild(tree, item) && gwTVgetCheck(tree, item) == kTreeChecked)
             texts.emplace_back(gwTVgetText(tree, item).c_str());
     }
@@ -1124,6 +1120,24 @@ TEST_F(ObjectSelectionCtrlTest, FollowsTheDialogByItsAnchors) {
         });
     });
     RunToOk();
+}
+
+TEST_F(ObjectSelectionCtrlTest, TheDialogCanBeRunAgain) {
+    SelectionDlg dialog(parent_, setup_, host_.Callback());
+    dialog.ctrl.SetData(CurrentDrawing(), nullptr);
+    for (const wchar_t* const item : {L"TK01", L"TK02"}) {
+        Pick(L"Systems", item == std::wstring(L"TK01"));
+        Pick(L"Systems");
+        Turn(item);
+        Press(IDOK);
+        script_->Start();
+        EXPECT_EQ(dialog.Run(), IDOK);
+        EXPECT_TRUE(script_->Finished()) << script_->Failure();
+        Open();
+    }
+    Data data;
+    dialog.ctrl.GetData(data);
+    EXPECT_EQ(data.systems, (Ids{31, 32}));
 }
 
 TEST_F(ObjectSelectionCtrlTest, CopiesTakeTheStateOverAndShareNothing) {

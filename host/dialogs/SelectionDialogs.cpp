@@ -32,7 +32,7 @@ Outcome WithCallback(DialogContext& context, Lng::AppID app, Dialog dialog) try 
 
 std::vector<const PlacedObject*> Evaluate(DialogContext& context, const SelectionCallback& callback,
                                           const ObjectSelection::Data& data) {
-    const auto objects = SelectedObjects(callback.Project(), data, callback.CurrentDrawing().id);
+    auto objects = SelectedObjects(callback.Project(), data, callback.CurrentDrawing().id);
     context.reporter.Log(data.bySelectionSet
                              ? L"selected " + std::to_wstring(objects.size()) + L" of " +
                                    std::to_wstring(callback.Project().content.objects.size()) + L" objects"

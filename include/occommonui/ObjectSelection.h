@@ -189,6 +189,14 @@ enum Flag : int {
 
 /// The selection as a part of another dialog. The dialog owns it, attaches it before it is initialised and hands its
 /// OnInitDialog, OnCommand and OnNotify on. Controls whose id is 0 or less are absent and never touched.
+///
+/// The dialog leaves to it the ids after the largest one of its controls, for the trees that it adds, and the menu
+/// commands 400 to 412. A control 1000, if there is one, shows the labels of GetLabels. The items tree is one without
+/// TVS_CHECKBOXES; its place is shared with the search field, and the filter list and the label may lie there too.
+///
+/// What a category shows is asked for when it is first selected. Items of the record that the host does not list are
+/// shown at the end and stay until the user unchecks them. Names in drawings and filter rules have no flag in the
+/// record: they are in force while there are any, and Ctrls2Data empties them when they are not.
 class OCCOMMONUI_API Ctrl {
 public:
     enum Mode : int {
@@ -205,7 +213,7 @@ public:
     Ctrl();
     ~Ctrl();
     Ctrl(const Ctrl&) = delete;
-    /// Takes the other's state over; the two share nothing.
+    /// Takes over what the other was attached with and its record, but no windows; the two share nothing.
     Ctrl& operator=(const Ctrl& other);
 
     void Attach(OCDialog* dlg, Lng::AppID app, Mode mode, int flagMask, Callback callback, int manualId, int currentId,

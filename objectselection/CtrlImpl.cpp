@@ -418,8 +418,11 @@ void Ctrl::Impl::ShowSelected() {
     if (available && !node->filled) Fill(*node);
     const Showing showing(showing_);
     const bool hasItems = available && (node->items->HasItems() || !Control(kNoData));
-    area_.Show(hasItems ? node->tree : nullptr, hasItems ? node->items->Search() : nullptr,
-               node ? node->search : ustr());
+    if (hasItems) {
+        area_.Show(node->tree, node->items->Search(), node->search);
+    } else {
+        area_.Show(nullptr, nullptr, ustr());
+    }
     const bool filter = Control(kFilter) && categories_.Selected() == state_.ids[kFilter];
     if (Control(kFilter)) state_.dlg->ShowCtrl(state_.ids[kFilter], filter);
     if (Control(kNoData)) {

@@ -100,10 +100,11 @@ void FilterRules::Add() {
 void FilterRules::Edit() {
     const int row = EditedRow();
     if (row < 0) return;
-    ObjectSelection::Property rule = rules_[static_cast<std::size_t>(row)];
+    const auto at = static_cast<std::size_t>(row);
+    ObjectSelection::Property rule = rules_.at(at);
     if (ObjectSelection::Dlg::Edit(app_, dlg_->hWnd(), host_.Get(), rule) != 0) return;
-    if (row >= static_cast<int>(rules_.size())) return;  // the host has shown others meanwhile
-    rules_[static_cast<std::size_t>(row)] = std::move(rule);
+    if (rules_.size() <= at) return;  // the host has shown others meanwhile
+    rules_[at] = std::move(rule);
     ShowRows(row);
 }
 

@@ -27,9 +27,9 @@ bool PrjLock::Lock(HWND owner, Callback callback) {
 }
 
 void PrjLock::Unlock() {
-    if (locked_) HostCallback(std::move(callback_)).Ask(UnlockProject);
-    locked_ = false;
-    callback_ = nullptr;
+    const bool held = std::exchange(locked_, false);
+    const HostCallback host(std::exchange(callback_, nullptr));
+    if (held) host.Ask(UnlockProject);
 }
 
 }  // namespace ObjectSelection::Dlg

@@ -25,7 +25,6 @@ using namespace ObjectSelection::Dlg;
 using ObjectSelection::Data;
 using ObjectSelection::DrawingRef;
 using ObjectSelection::NameListInDwg;
-using ObjectSelection::PresetEntry;
 using ObjectSelection::RecordData;
 using uidriver::Script;
 using Ids = std::vector<std::int32_t>;
@@ -331,9 +330,10 @@ TEST_F(ObjectSelectionCtrlTest, EachApplicationOffersItsCategories) {
                         L"Properties", L"Data filter"}),
         std::pair(Lng::Automation, Texts{L"Model drawings", L"Layouts", L"Pages", L"Systems and products",
                                          L"Part types", L"Properties", L"Data filter"})};
-    for (const auto& [app, texts] : kOffered) {
-        setup_.app = app;
-        Step([=, this] {
+    for (const auto& offered : kOffered) {
+        const Texts& texts = offered.second;
+        setup_.app = offered.first;
+        Step([&, this] {
             EXPECT_EQ(TreeTexts(Categories(dlg_)), texts);
             EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_GROUP)), L"Object selection set");
             EXPECT_EQ(Shown(uidriver::Control(dlg_, IDC_SELECTION_SELECTED)), L"Selected drawings");
@@ -950,7 +950,7 @@ TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboa
     const auto open = [this](std::function<HWND()> from) {
         Step([=, this] { PostMessageW(dlg_, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(from()), MAKELPARAM(-1, -1)); });
     };
-    const auto close = [this](Texts expected) {
+    const auto close = [this](const Texts& expected) {
         script_->WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
         Step([=] {
             EXPECT_EQ(OpenMenuEntries(), expected);

@@ -10,6 +10,8 @@
 #include <orvatool/QBaseDb.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -459,7 +461,7 @@ TEST_F(SelectionHost, ASelectionThatCannotBeReadIsRefusedAndSaysSo) {
     for (const wchar_t* data : {L"", L"<ObjectSelection", L"<ObjectSelection Format=\"99999999\"/>"}) {
         const auto stored = project_.CreateSelection({0, Lng::Hpv, L"Broken", data});
         RecordData record;
-        record.key = std::to_string(stored->id).c_str();
+        record.key = std::string_view(std::to_string(stored->id));
         EXPECT_THROW(Ask(Dlg::LoadConfiguration, W(&record)), Failure) << stored->id;
         EXPECT_TRUE(record.name.empty());
     }
@@ -728,6 +730,31 @@ TEST_F(Evaluation, TheReportSaysWhereEachObjectIs) {
     }
 }
 
+TEST_F(Evaluation, AskingForManyDrawingsAndRoomsTakesNoLongerThanForFew) {
+    const auto large = OpenSampleProject((folder_.Path() / L"large.ocproject").wstring(), 10);
+    ASSERT_TRUE(large);
+    const ProjectIndex index(*large);
+    ObjectSelection::Data few = BySet();
+    few.useModelDrawings = few.useRooms = true;
+    few.modelDrawings = {RefOf(index, index.content.drawings.back())};
+    few.rooms = {1};
+    ObjectSelection::Data many = few;
+    for (const Drawing& drawing : index.content.drawings)
+        many.modelDrawings.push_back(RefOf(index, drawing));
+    for (const Room& room : index.content.rooms)
+        many.rooms.push_back(static_cast<std::int32_t>(room.id));
+    const auto milliseconds = [&](const ObjectSelection::Data& data) {
+        const auto start = std::chrono::steady_clock::now();
+        SelectedObjects(index, data, 1);
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    };
+    milliseconds(few);
+    const double shortest = std::min({milliseconds(few), milliseconds(few), milliseconds(few)});
+    const double longest = std::min({milliseconds(many), milliseconds(many), milliseconds(many)});
+    EXPECT_LT(longest, 20 * shortest + 50);
+    std::printf("%zu objects: %.1f ms for few, %.1f ms for all\n", index.content.objects.size(), shortest, longest);
+}
+
 TEST_F(Evaluation, AnObjectsValuesAreTheSameEveryTime) {
     const PlacedObject& object = Content().objects[100];
     const ProjectIndex again(project_);
@@ -780,11 +807,11 @@ TEST_F(SelectionHost, SamplesThatDoNotFitTheProjectAreRefusedWithFileAndLine) {
         {"selections",  "A\thpv\t\t\t\t\t\t\t\t9999 less 1"},
         {"update_sets", "A\t1\tNo such selection"          },
     };
-    for (const auto& [file, text] : cases) {
+    for (const auto& bad : cases) {
         const Status added = AddSampleSelections(project_, [&](std::string_view name) {
-            return name == file ? std::string_view(text) : EmbeddedText(name);
+            return name == bad.first ? std::string_view(bad.second) : EmbeddedText(name);
         });
-        ASSERT_FALSE(added) << text;
+        ASSERT_FALSE(added) << bad.second;
         EXPECT_EQ(added.Error().kind, FailureKind::BadInput);
         EXPECT_NE(added.Error().message.find(L"line 1"), std::wstring::npos) << fs::path(added.Error().message);
     }

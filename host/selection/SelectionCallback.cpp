@@ -153,7 +153,8 @@ const Drawing& SelectionCallback::CurrentDrawing() const {
         }
     }
     if (candidates.empty()) throw Failure{FailureKind::NotFound, L"The project has no drawing to work on."};
-    return *candidates[diagram ? 0 : candidates.size() / 2];
+    const Drawing* const chosen = candidates[diagram ? 0 : candidates.size() / 2];
+    return *chosen;
 }
 
 // ---- configurations and the lock ----

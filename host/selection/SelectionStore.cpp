@@ -14,7 +14,7 @@ namespace {
 constexpr char kRoot[] = "ObjectSelection";
 
 astr KeyOf(const StoredSelection& selection) {
-    return std::to_string(selection.id).c_str();
+    return astr(std::string_view(std::to_string(selection.id)));
 }
 
 /// 0 for what is no key.

@@ -166,7 +166,7 @@ private:
     }
 
     std::int64_t Save(ObjectSelection::RecordData& record) {
-        if (record.key.empty()) record.key = ("K" + std::to_string(configurations.size() + 1)).c_str();
+        if (record.key.empty()) record.key = std::string_view("K" + std::to_string(configurations.size() + 1));
         if (ObjectSelection::RecordData* const stored = Find(record.key)) {
             *stored = record;
         } else {

@@ -14,8 +14,8 @@ constexpr wchar_t kModule[] = L"occommonui.dll";
 
 // What the decorated names of a family's operations hold.
 constexpr const char* kFamilies[] = {
-    "14CustomProperty", "20ReportDefinitionType", "13ReportOptions", "12ReportFilter",
-    "14ReportTemplate", "13WarningReport",        "13UpdateDwgData",
+    "14CustomProperty", "20ReportDefinitionType", "13ReportOptions",   "12ReportFilter",       "14ReportTemplate",
+    "13WarningReport",  "13UpdateDwgData",        "15ObjectSelection", "18ObjectSelectionCmd",
 };
 
 using Handshake = int (*)(int);
@@ -82,7 +82,16 @@ TEST(Module, ExportsItsInterfaceAndNothingElse) {
           "14ReportTemplate10EditColumnE", "14ReportTemplate11ExportToXmlE", "14ReportTemplate13ImportFromXmlE",
           "14ReportTemplate14IsInstanceAttrEi", "14ReportTemplate7ContextC1ERKS0_", "13WarningReport11AddCategoryE",
           "13WarningReport3AddE", "13WarningReport5ClearE", "13WarningReport10ShowReportE",
-          "13WarningReport16ShowNotificationE"}) {
+          "13WarningReport16ShowNotificationE",
+          // Object selection and drawing updates.
+          "3Dlg7PrjLock4LockEP", "3Dlg7PrjLock6UnlockEv", "3Dlg7PrjLockC1ERKS1_", "3Dlg7PrjLockaSERKS1_",
+          "3Dlg7PrjLockD1Ev", "3Dlg4CtrlC1Ev", "3Dlg4CtrlaSERKS1_", "3Dlg4Ctrl6AttachE", "3Dlg4Ctrl12OnInitDialogEv",
+          "3Dlg4Ctrl9OnCommandEyx", "3Dlg4Ctrl8OnNotifyEyx", "3Dlg4Ctrl10Data2CtrlsEv", "3Dlg4Ctrl10Ctrls2DataEv",
+          "3Dlg4Ctrl18EnableDisableCtrlsE", "3Dlg4Ctrl7SetDataE", "3Dlg4Ctrl7GetDataE", "3Dlg4Ctrl11GetFlagMaskEv",
+          "3Dlg4Ctrl11SetFlagMaskEi", "3Dlg4Ctrl13SetPaperSpaceEb", "3Dlg4Ctrl12SetAnchoringEdddd",
+          "3Dlg4Ctrl12SetAnchoringEbbbb", "3Dlg4Ctrl11SetLanguageEv", "15ObjectSelection3Dlg4EditE",
+          "18ObjectSelectionCmd10OptionsDlgE", "13UpdateDwgData10OptionsDlgE", "5PrjDb10BuildObjIdE",
+          "5PrjDb14FindNextFreeIdE", "5PrjDb4ReadE", "5PrjDb5WriteE", "5PrjDb6DeleteE"}) {
         const auto has = [piece](const std::string& name) { return name.find(piece) != std::string::npos; };
         EXPECT_TRUE(std::any_of(names.begin(), names.end(), has)) << piece;
     }
@@ -92,7 +101,9 @@ TEST(Module, ExportsItsInterfaceAndNothingElse) {
 TEST(Module, HasItsTemplatesInTheLanguageOfTheResources) {
     const HMODULE module = LoadLibraryW(kModule);
     ASSERT_NE(module, nullptr);
-    for (const wchar_t* name : {L"CUSTOMPROPERTYDLG", L"REPORTTEMPLATEEDITDLG", L"REPORTCOLUMNEDITDLG"}) {
+    for (const wchar_t* name :
+         {L"CUSTOMPROPERTYDLG", L"REPORTTEMPLATEEDITDLG", L"REPORTCOLUMNEDITDLG", L"OBJSELDATADLG",
+          L"OBJSELDATAWITHPRESETSDLG", L"OBJSELRECORDDATA", L"OBJSELPROPDLG", L"OBJSELCMDDLG", L"UPDATEDWGDATADLG"}) {
         EXPECT_NE(FindResourceExW(module, RT_DIALOG, name, 1035), nullptr) << name;
     }
     FreeLibrary(module);

@@ -431,9 +431,9 @@ TEST_F(SelectionHost, AConfigurationIsStoredLoadedRenamedAndDeleted) {
     EXPECT_EQ(Configurations().size(), before.size() + 1);
 
     Use(Lng::Electrical);
-    EXPECT_TRUE(std::none_of(Configurations().begin(), Configurations().end(), [&](const auto& entry) {
-        return entry.key == record.key;
-    })) << "another application has its own";
+    const auto others = Configurations();
+    EXPECT_TRUE(std::none_of(others.begin(), others.end(), [&](const auto& entry) { return entry.key == record.key; }))
+        << "another application has its own";
     EXPECT_THROW(Ask(Dlg::DeleteConfiguration, W(record.key.c_str())), Failure);
 
     Use(Lng::Hpv);

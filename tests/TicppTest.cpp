@@ -450,9 +450,9 @@ TEST(HostileInput, TruncatedAtEveryLength) {
 }
 
 TEST(HostileInput, IsRefused) {
-    for (const char* xml :
-         {"", " ", "text", "<a/>text", "</a>", "<a></b>", "<a></a></a>", "<a x='1' x='2'/>", "<a x=1\"/>", "<a x/>",
-          "<a/", "<a/ >", "<a><!-- ></a>", "<?xml version='>", "<a>&#;</a>", "<a>&#x1g;</a>", "\xFF\xFE<\0a\0"}) {
+    for (const char* xml : {"", " ", "text", "<a/>text", "</a>", "<a></b>", "<a></a></a>", "<a x='1' x='2'/>",
+                            "<a x=1\"/>", "<a x/>", "<a/", "<a/ >", "<a><!-- ></a>", "<?xml version='>", "<a>&#;</a>",
+                            "<a>&#x1g;</a>", "<a>&#x110000;</a>", "<a b='&#4294967361;'/>", "\xFF\xFE<\0a\0"}) {
         ticpp::Document doc;
         EXPECT_THROW(doc.Parse(xml), ticpp::Exception) << xml;
         EXPECT_NO_THROW(doc.Parse(xml, false)) << xml;

@@ -1,8 +1,11 @@
 #include "Scan.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <string>
+#include <system_error>
 
 #include "ticpp.h"
 
@@ -27,6 +30,8 @@ bool IsNameChar(char c) {
 bool IsHexDigit(char c) {
     return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
+
+constexpr std::uint32_t kLastCharacter = 0x10FFFF;
 
 class Scan {
 public:
@@ -161,6 +166,9 @@ void Scan::CharacterReference() {
     while (hexadecimal ? IsHexDigit(*p_) : IsDigit(*p_))
         ++p_;
     if (p_ == digits || *p_ != ';') Fail("a character reference is malformed");
+    std::uint32_t code = 0;
+    const auto [end, error] = std::from_chars(digits, p_, code, hexadecimal ? 16 : 10);
+    if (error != std::errc() || code > kLastCharacter) Fail("a character reference names no character");
     ++p_;
 }
 

@@ -4,19 +4,15 @@
 #include <orvatool/AskValueDlg.h>
 #include <orvatool/Gw.h>
 #include <orvatool/ImageLib.h>
-#include <orvatool/InterApp.h>
 
 #include <limits>
 #include <utility>
 
 #include "CommonTexts.h"
-#include "DialogTables.h"
 #include "EditCopy.h"
 #include "customproperty_ids.h"
 
 namespace {
-
-constexpr wchar_t kPositionKey[] = L"Window/CustomPropertyDialog";
 
 // Characters that mean something in a format string.
 constexpr wchar_t kIllegalInConstant[] = L"{}|";
@@ -67,6 +63,8 @@ constexpr AnchorRow kAnchors[] = {
     {IDCANCEL,                        1.0, 1.0, 1.0, 1.0},
 };
 
+constexpr LibraryDialog::Tables kTables{L"Window/CustomPropertyDialog", kTexts, kCommonTexts, kAnchors, kColumns};
+
 constexpr Rule kNameRule{.maxChars = 255, .required = true};
 
 constexpr FieldRow<CustomProperty::Data> kFields[] = {
@@ -83,11 +81,11 @@ constexpr CommandRow<D> kCommands[] = {
     {IDC_CUSTOMPROPERTY_DOWN,         &D::MoveDown,    &D::CanMoveDown   },
 };
 
-constexpr int kListMenu[] = {
-    IDC_CUSTOMPROPERTY_EDIT, IDC_CUSTOMPROPERTY_ADD_CONSTANT, IDC_CUSTOMPROPERTY_REMOVE,
-    IDC_CUSTOMPROPERTY_UP,   IDC_CUSTOMPROPERTY_DOWN,
+constexpr MenuRow kListMenu[] = {
+    {IDC_CUSTOMPROPERTY_EDIT}, {IDC_CUSTOMPROPERTY_ADD_CONSTANT}, {IDC_CUSTOMPROPERTY_REMOVE},
+    {IDC_CUSTOMPROPERTY_UP},   {IDC_CUSTOMPROPERTY_DOWN},
 };
-constexpr int kTreeMenu[] = {IDC_CUSTOMPROPERTY_ADD};
+constexpr MenuRow kTreeMenu[] = {{IDC_CUSTOMPROPERTY_ADD}};
 
 static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kAnchors) && Distinct(kFields) &&
               Distinct(kCommands));
@@ -96,53 +94,33 @@ bool IsProperty(const TREE_INSERTITEM& row) {
     return row.value >= 1 && row.value <= std::numeric_limits<long>::max();
 }
 
-bool HasFocus(const OCDialog& dlg, int ctrlId) {
-    return GetFocus() == GetDlgItem(dlg.hWnd(), ctrlId);
-}
-
 }  // namespace
 
 CustomPropertyDlg::CustomPropertyDlg(HINSTANCE instance, HWND parent, CustomProperty::Data& data, Lng::AppID app,
                                      const TREE_INSERTLIST* properties)
-    : OCDialog(instance, parent), data_(data), app_(app), properties_(properties ? *properties : noProperties_) {
+    : LibraryDialog(instance, parent, app, kTables),
+      data_(data),
+      properties_(properties ? *properties : noProperties_) {
     for (const TREE_INSERTITEM& row : properties_) {
         if (IsProperty(row)) propertyById_.emplace(row.value, &row);
     }
     items_ = CustomProperty::Format::Parse(data_.format);
 }
 
-void CustomPropertyDlg::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
-}
-
-bool CustomPropertyDlg::OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) {
-    return list_.onDrawItem(item) || OCDialog::OnDrawItem(ctrlId, item);
-}
-
-bool CustomPropertyDlg::OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) {
-    if (ctrlId == list_.ctrlId()) SendMessageW(list_.hWnd(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(item));
-    return OCDialog::OnMeasureItem(ctrlId, item);
-}
-
 bool CustomPropertyDlg::OnCommand(unsigned __int64 wParam, __int64 lParam) {
-    if (filling_) return OCDialog::OnCommand(wParam, lParam);
+    if (filling_) return LibraryDialog::OnCommand(wParam, lParam);
     if (LOWORD(wParam) == IDC_CUSTOMPROPERTY_SEARCH && HIWORD(wParam) == EN_CHANGE) {
         search_.Filter(gwdlgtomemo(hWnd(), IDC_CUSTOMPROPERTY_SEARCH));
         EnableCommands(*this, kCommands);
         return true;
     }
-    return RunCommand(*this, kCommands, wParam) || OCDialog::OnCommand(wParam, lParam);
+    return RunCommand(*this, kCommands, wParam) || LibraryDialog::OnCommand(wParam, lParam);
 }
 
 bool CustomPropertyDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
     const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-    LRESULT result = 0;
-    if (list_.onNotify(header, result)) {
-        SetResult(result);
-        return true;
-    }
-    if (filling_) return OCDialog::OnNotify(wParam, lParam);
+    if (ListAnswers(header)) return true;
+    if (filling_) return LibraryDialog::OnNotify(wParam, lParam);
     if (header->idFrom == IDC_CUSTOMPROPERTY_TREE) {
         if (header->code == NM_DBLCLK && gwTVpressedItem(header->hwndFrom)) Add();
         if (header->code == TVN_SELCHANGEDW) EnableCommands(*this, kCommands);
@@ -150,20 +128,18 @@ bool CustomPropertyDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
         if (header->code == NM_DBLCLK && CanEdit()) Edit();
         if (header->code == LVN_ITEMCHANGED || header->code == LVN_ODSTATECHANGED) EnableCommands(*this, kCommands);
     }
-    return OCDialog::OnNotify(wParam, lParam);
+    return LibraryDialog::OnNotify(wParam, lParam);
 }
 
 bool CustomPropertyDlg::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     filling_ = true;
     SetKeys({VK_DELETE, VK_F2, VK_UP, VK_DOWN});
     const HWND tree = RequireControl(*this, IDC_CUSTOMPROPERTY_TREE);
     TreeView_SetImageList(tree, ImageLib::GetImageList(GetDpi()), TVSIL_NORMAL);
     const ustr cue = Lng::text(kLibraryTexts, 25915, L"Search properties");
     search_.Attach(tree, &properties_, RequireControl(*this, IDC_CUSTOMPROPERTY_SEARCH), cue.c_str());
-    list_.attach(hWnd(), IDC_CUSTOMPROPERTY_LIST);
-    AddColumns(list_, kColumns);
-    list_.stretchColumn(0);
+    AttachList(IDC_CUSTOMPROPERTY_LIST, 0);
     SetDataToCtrls();
     filling_ = false;
     EnableCommands(*this, kCommands);
@@ -175,15 +151,15 @@ bool CustomPropertyDlg::OnContextMenu(HWND control, POINT screenPoint) {
         ShowCommandMenu(*this, kListMenu, control, screenPoint);
         return true;
     }
-    if (control == OCDialog::GetDlgItem(IDC_CUSTOMPROPERTY_TREE)) {
+    if (control == GetDlgItem(IDC_CUSTOMPROPERTY_TREE)) {
         ShowCommandMenu(*this, kTreeMenu, control, screenPoint);
         return true;
     }
-    return OCDialog::OnContextMenu(control, screenPoint);
+    return LibraryDialog::OnContextMenu(control, screenPoint);
 }
 
 bool CustomPropertyDlg::OnKeyDown(int virtualKey) {
-    if (!HasFocus(*this, IDC_CUSTOMPROPERTY_LIST)) return OCDialog::OnKeyDown(virtualKey);
+    if (!HasFocus(IDC_CUSTOMPROPERTY_LIST)) return LibraryDialog::OnKeyDown(virtualKey);
     const bool alt = GetKeyState(VK_MENU) < 0;
     if (alt && virtualKey == VK_UP) {
         if (CanMoveUp()) MoveUp();
@@ -194,47 +170,23 @@ bool CustomPropertyDlg::OnKeyDown(int virtualKey) {
     } else if (!alt && virtualKey == VK_F2) {
         if (CanEdit()) Edit();
     } else {
-        return OCDialog::OnKeyDown(virtualKey);
+        return LibraryDialog::OnKeyDown(virtualKey);
     }
     return true;
 }
 
 bool CustomPropertyDlg::OnEnterPressed() {
     const bool searching =
-        HasFocus(*this, IDC_CUSTOMPROPERTY_SEARCH) && !gwdlgtomemo(hWnd(), IDC_CUSTOMPROPERTY_SEARCH).empty();
-    if ((searching || HasFocus(*this, IDC_CUSTOMPROPERTY_TREE)) && CanAdd()) {
+        HasFocus(IDC_CUSTOMPROPERTY_SEARCH) && !gwdlgtomemo(hWnd(), IDC_CUSTOMPROPERTY_SEARCH).empty();
+    if ((searching || HasFocus(IDC_CUSTOMPROPERTY_TREE)) && CanAdd()) {
         Add();
         return true;
     }
-    if (HasFocus(*this, IDC_CUSTOMPROPERTY_LIST) && CanEdit()) {
+    if (HasFocus(IDC_CUSTOMPROPERTY_LIST) && CanEdit()) {
         Edit();
         return true;
     }
-    return OCDialog::OnEnterPressed();
-}
-
-void CustomPropertyDlg::OnOk() {
-    if (!TakeData()) return;
-    OCDialog::OnOk();
-}
-
-void CustomPropertyDlg::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, app_);
-    ApplyTexts(*this, kCommonTexts, app_);
-    ApplyColumnTexts(list_, kColumns);
-}
-
-void CustomPropertyDlg::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void CustomPropertyDlg::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr CustomPropertyDlg::GetPositionRegistryKey() const {
-    return kPositionKey;
+    return LibraryDialog::OnEnterPressed();
 }
 
 void CustomPropertyDlg::SetDataToCtrls() {

@@ -1,15 +1,15 @@
 #pragma once
 
 #include <occommonui/CustomProperty.h>
-#include <orvatool/OCDialog.h>
-#include <orvatool/OcListView2.h>
 #include <orvatool/TreeInsertList.h>
 
 #include <unordered_map>
 #include <vector>
 
+#include "LibraryDialog.h"
+
 /// Edits a custom property: its name, and its format as a list of properties and constant texts.
-class CustomPropertyDlg : public OCDialog {
+class CustomPropertyDlg : public LibraryDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"CUSTOMPROPERTYDLG";
 
@@ -17,21 +17,13 @@ public:
     CustomPropertyDlg(HINSTANCE instance, HWND parent, CustomProperty::Data& data, Lng::AppID app,
                       const TREE_INSERTLIST* properties);
 
-    void SetAnchoring() override;
-    bool OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) override;
-    bool OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) override;
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
     bool OnContextMenu(HWND control, POINT screenPoint) override;
     bool OnKeyDown(int virtualKey) override;
-    using OCDialog::OnKeyDown;
+    using LibraryDialog::OnKeyDown;
     bool OnEnterPressed() override;
-    void OnOk() override;
-    void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     void SetDataToCtrls() override;
     int GetDataFromCtrls() override;
 
@@ -62,12 +54,10 @@ private:
     void ItemsChanged();
 
     CustomProperty::Data& data_;
-    Lng::AppID app_;
     const TREE_INSERTLIST noProperties_;
     const TREE_INSERTLIST& properties_;
     std::unordered_map<std::int64_t, const TREE_INSERTITEM*> propertyById_;
     std::vector<Item> items_;
-    OcListView2 list_;
     TreeSearch search_;
     bool filling_ = false;
 };

@@ -28,6 +28,16 @@ constexpr TextRow DownText(int ctrlId) {
     return {ctrlId, kLibraryTexts, 25910, L"Down"};
 }
 
+constexpr TextRow SaveText(int ctrlId) {
+    return {ctrlId, kLibraryTexts, 20030, L"Save"};
+}
+constexpr TextRow DeleteText(int ctrlId) {
+    return {ctrlId, kLibraryTexts, 20032, L"Delete"};
+}
+
+/// What asks for a name.
+ustr NamePrompt();
+
 /// The column of a list that names properties.
 constexpr ColumnRow PropertyColumn(int width) {
     return {kLibraryTexts, 25913, L"Property", width, LVCFMT_LEFT};

@@ -50,21 +50,26 @@ bool TakeField(HWND dlg, int ctrlId, const Rule& /*rule*/, bool& value) {
     return true;
 }
 
-void ShowCommandMenu(const OCDialog& dlg, std::span<const int> ctrlIds, HWND list, POINT screenPoint) {
+void ShowCommandMenu(const OCDialog& dlg, std::span<const MenuRow> rows, HWND list, POINT screenPoint) {
     struct DestroyMenuFn {
         void operator()(HMENU menu) const { DestroyMenu(menu); }
     };
     const std::unique_ptr<HMENU__, DestroyMenuFn> menu(CreatePopupMenu());
-    for (const int ctrlId : ctrlIds) {
-        const HWND button = RequireControl(dlg, ctrlId);
+    for (const MenuRow& row : rows) {
+        const HWND button = RequireControl(dlg, row.ctrlId);
         const UINT flags = MF_STRING | (IsWindowEnabled(button) ? MF_ENABLED : MF_GRAYED);
-        AppendMenuW(menu.get(), flags, static_cast<UINT_PTR>(ctrlId), gwdlgtomemo(dlg.hWnd(), ctrlId).c_str());
+        const ustr text = gwdlgtomemo(dlg.hWnd(), row.ctrlId) + row.key;
+        AppendMenuW(menu.get(), flags, static_cast<UINT_PTR>(row.ctrlId), text.c_str());
     }
     if (screenPoint.x == -1 && screenPoint.y == -1) {
         screenPoint = {0, 0};
         ClientToScreen(list, &screenPoint);
     }
     TrackPopupMenu(menu.get(), TPM_LEFTALIGN | TPM_RIGHTBUTTON, screenPoint.x, screenPoint.y, 0, dlg.hWnd(), nullptr);
+}
+
+bool KeyIsAlone() {
+    return GetKeyState(VK_CONTROL) >= 0 && GetKeyState(VK_SHIFT) >= 0 && GetKeyState(VK_MENU) >= 0;
 }
 
 void AddColumns(OcListView2& list, std::span<const ColumnRow> rows) {

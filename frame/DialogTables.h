@@ -160,9 +160,18 @@ void EnableCommands(Dlg& dlg, const CommandRow<Dlg> (&rows)[n]) {
     }
 }
 
+/// A command in a menu, with the key that runs it as the menu shows it.
+struct MenuRow {
+    int ctrlId;
+    const wchar_t* key = L"";
+};
+
 /// Offers the buttons' commands as a menu at a place on the screen, named and enabled as the buttons are. (-1, -1), as
 /// the keyboard gives, opens it at `list`.
-void ShowCommandMenu(const OCDialog& dlg, std::span<const int> ctrlIds, HWND list, POINT screenPoint);
+void ShowCommandMenu(const OCDialog& dlg, std::span<const MenuRow> rows, HWND list, POINT screenPoint);
+
+/// Whether no modifier is held with the key that was pressed.
+bool KeyIsAlone();
 
 /// A column of a list; width in pixels at 96 DPI.
 struct ColumnRow {

@@ -57,8 +57,10 @@ public:
     void SetInForce(Data& data, bool inForce) const override {
         if (field_.use) data.*field_.use = inForce;
     }
-    void Drop(Data& data) const override {
-        if (!field_.use) data.*field_.list = {};
+    bool Drop(Data& data) const override {
+        if (field_.use) return false;
+        data.*field_.list = {};
+        return true;
     }
     std::size_t Count(const Data& data, bool touched) const override {
         return CountOf(touched ? Checked(ListOf(data)) : ListOf(data));
@@ -81,8 +83,7 @@ void ShowRows(HWND tree, const TREE_INSERTLIST& rows, const std::vector<int>& st
               TreeSearch& search) {
     const gwRedrawOff quiet(tree);
     search.Attach(tree, &rows, nullptr, nullptr, states);
-    if (missing < rows.size())
-        SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(search.Item(missing)));
+    search.Expand(missing);
 }
 
 void AddRow(TREE_INSERTLIST& rows, int level, std::int64_t value, const ustr& text) {
@@ -162,6 +163,11 @@ public:
     TreeSearch* Search() override { return &search_; }
 
 protected:
+    /// Empties the tree, in which rows may still be to come.
+    void Clear(HWND tree) {
+        rows_.clear();
+        search_.Attach(tree, &rows_);
+    }
     std::vector<Key> Checked(const std::vector<Key>& before) const override {
         return CheckedKeys(rows_, search_.GetChecks(), before);
     }
@@ -193,7 +199,7 @@ public:
     void Fill(HWND tree, const ItemSource& source, const Data& data) override {
         tree_ = tree;
         const gwRedrawOff quiet(tree);
-        TreeView_DeleteAllItems(tree);
+        Base::Clear(tree);
         const PartTypeFill fill{&data, source.flagMask};
         filledByHost_ =
             source.host.Ask(CbMsgId::FillPartTypes, HostCallback::WParam(tree), HostCallback::LParam(&fill)) != 0;

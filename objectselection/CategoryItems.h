@@ -33,8 +33,8 @@ public:
     virtual bool IsInForce(const Data& data) const = 0;
     /// Sets the selection's flag, where the category has one.
     virtual void SetInForce(Data& data, bool inForce) const = 0;
-    /// For a category out of force: one without a flag is empty then.
-    virtual void Drop(Data& data) const = 0;
+    /// For a category out of force: one without a flag is empty then. Whether it was emptied.
+    virtual bool Drop(Data& data) const = 0;
     /// How many items are checked: in the tree once the user has `touched` it, else in the selection.
     virtual std::size_t Count(const Data& data, bool touched) const = 0;
     /// Fills the tree in place of what it holds. Items of the selection that the host does not list stand at the end.

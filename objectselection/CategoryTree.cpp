@@ -22,7 +22,7 @@ void CategoryTree::Fill(std::vector<Node> nodes) {
         if (node.isGroup) TreeView_Expand(tree_, Item(node.id), TVE_EXPAND);
     }
     filling_ = false;
-    Select(Find(selected_) ? selected_ : 0);
+    Select(selected_);
 }
 
 void CategoryTree::SetTitle(int id, const ustr& title) {
@@ -57,6 +57,10 @@ void CategoryTree::SetChecked(int id, bool checked) {
     ShowCheck(*node);
 }
 
+bool CategoryTree::Has(int id) const {
+    return Find(id) != nullptr;
+}
+
 bool CategoryTree::IsEnabled(int id) const {
     const Node* const node = Find(id);
     return node && node->enabled;
@@ -68,9 +72,9 @@ bool CategoryTree::IsChecked(int id) const {
 }
 
 void CategoryTree::Select(int id) {
-    selected_ = id;
+    selected_ = Has(id) ? id : 0;
     const bool outer = std::exchange(filling_, true);
-    SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(Item(id)));
+    SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(Item(selected_)));
     filling_ = outer;
 }
 
@@ -93,7 +97,8 @@ int CategoryTree::CheckFromNotify(const NMHDR* header, bool& handled) {
 
 bool CategoryTree::SelectFromNotify() {
     if (filling_) return false;
-    return std::exchange(selected_, IdOf(TreeView_GetSelection(tree_))) != selected_;
+    const int before = std::exchange(selected_, IdOf(TreeView_GetSelection(tree_)));
+    return selected_ != before;
 }
 
 LRESULT CategoryTree::Draw(NMTVCUSTOMDRAW& draw) const {

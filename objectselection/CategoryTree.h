@@ -34,11 +34,13 @@ public:
     void SetCount(int id, std::size_t count);
     void SetEnabled(int id, bool enabled);
     void SetChecked(int id, bool checked);
+    bool Has(int id) const;
     bool IsEnabled(int id) const;
     bool IsChecked(int id) const;
 
     /// The node that the user works on; 0 for none.
     int Selected() const { return selected_; }
+    /// Selects none when there is no such node.
     void Select(int id);
 
     HWND Window() const { return tree_; }

@@ -55,12 +55,16 @@ void Track(const Menu& menu, HWND dlg, HWND at, POINT screenPoint) {
                    static_cast<int>(screenPoint.y), 0, dlg, nullptr);
 }
 
-std::vector<HTREEITEM> Leaves(HWND tree) {
+// The items without others below them.
+void TurnLeaves(HWND tree, int (*turn)(int state)) {
+    const gwRedrawOff quiet(tree);
     std::vector<HTREEITEM> leaves;
     for (HTREEITEM item = TreeView_GetRoot(tree); item; item = gwTVnext(tree, item)) {
         if (!TreeView_GetChild(tree, item)) leaves.push_back(item);
     }
-    return leaves;
+    for (const HTREEITEM item : leaves)
+        gwTVsetCheck(tree, item, turn(gwTVgetCheck(tree, item)));
+    gwTVUpdate3StateCheckForItems(tree, leaves);
 }
 
 bool MayTurnCheck(UINT code) {
@@ -204,11 +208,11 @@ void Ctrl::Impl::InvertChecks() {
 void Ctrl::Impl::TurnChecks(int (*turn)(int state)) {
     Node* const node = Selected();
     if (!node || !node->filled || !IsWindowEnabled(node->tree)) return;
-    const gwRedrawOff quiet(node->tree);
-    const std::vector<HTREEITEM> leaves = Leaves(node->tree);
-    for (const HTREEITEM item : leaves)
-        gwTVsetCheck(node->tree, item, turn(gwTVgetCheck(node->tree, item)));
-    gwTVUpdate3StateCheckForItems(node->tree, leaves);
+    if (TreeSearch* const search = node->items->Search()) {
+        search->TurnChecks(turn);
+    } else {
+        TurnLeaves(node->tree, turn);
+    }
     ItemsTouched(*node);
 }
 
@@ -244,7 +248,10 @@ bool Ctrl::Impl::OnCategoryNotify(const NMHDR* header, LPARAM lParam) {
 }
 
 bool Ctrl::Impl::OnItemsNotify(Node& node, const NMHDR* header) {
-    if (!MayTurnCheck(header->code) || !gwTVCheckFromNotify(header)) return false;
+    if (!MayTurnCheck(header->code)) return false;
+    TreeSearch* const search = node.items->Search();
+    const bool turned = search ? search->CheckFromNotify(header) : gwTVCheckFromNotify(header) != nullptr;
+    if (!turned) return false;
     ItemsTouched(node);
     state_.dlg->SetResult(TRUE);
     return true;

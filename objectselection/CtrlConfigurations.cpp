@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "CommonTexts.h"
+
 namespace ObjectSelection::Dlg {
 namespace {
 
@@ -59,11 +61,14 @@ int Ctrl::Impl::SelectedConfiguration() const {
     return index >= 0 && index < static_cast<LRESULT>(state_.presets.size()) ? static_cast<int>(index) : -1;
 }
 
+// When the host throws the record stays the configuration that it was: under the key of another it would be saved over
+// that one.
 void Ctrl::Impl::ChooseConfiguration() {
     const int selected = SelectedConfiguration();
     if (selected < 0) return;
+    const RecordData before = state_.record;
     state_.record.key = state_.presets[static_cast<std::size_t>(selected)].key;
-    state_.host.AskFor(state_.record, LoadConfiguration, HostCallback::WParam(&state_.record), 0);
+    if (!state_.host.TryAsk(LoadConfiguration, HostCallback::WParam(&state_.record))) state_.record = before;
     Data2Ctrls();
 }
 
@@ -118,8 +123,7 @@ void Ctrl::Impl::Rename() {
 // A configuration without a name could not be found again: to give none is to cancel.
 bool Ctrl::Impl::AskName(ustr& name) const {
     const ustr title = Lng::text(kLibraryTexts, 20289, L"Configuration name");
-    const ustr prompt = Lng::text(kLibraryTexts, 1106, L"Name:");
-    return AskValueDlg::Run(Window(), state_.app, title, prompt, name, kNameLimit) >= 0 && !name.empty();
+    return AskValueDlg::Run(Window(), state_.app, title, NamePrompt(), name, kNameLimit) >= 0 && !name.empty();
 }
 
 }  // namespace ObjectSelection::Dlg

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "DialogTables.h"
+#include "CommonTexts.h"
 
 namespace ObjectSelection::Dlg {
 namespace {
@@ -23,15 +23,18 @@ struct SlotText {
     int textId;
     const wchar_t* text;
 };
+constexpr SlotText OfCommon(Slot slot, const TextRow& row) {
+    return {slot, row.app, row.textId, row.text};
+}
 // Other dialogs have these with dots behind them; the catalogues have one text for both.
 constexpr wchar_t kSaveAsText[] = L"Save as";
 constexpr wchar_t kRenameText[] = L"Rename";
 constexpr SlotText kTexts[] = {
     {kGroup,              kLibraryTexts, 36659, L"Object selection set" },
     {kConfigurationLabel, kLibraryTexts, 20027, L"Configuration"        },
-    {kSave,               kLibraryTexts, 20030, L"Save"                 },
+    OfCommon(kSave, SaveText(0)),
     {kSaveAs,             kLibraryTexts, 20031, kSaveAsText             },
-    {kDelete,             kLibraryTexts, 20032, L"Delete"               },
+    OfCommon(kDelete, DeleteText(0)),
     {kRename,             kLibraryTexts, 20033, kRenameText             },
     {kNameLabel,          kLibraryTexts, 36660, L"Name"                 },
     {kManual,             kLibraryTexts, 36661, L"Manual selection"     },
@@ -258,7 +261,7 @@ void Ctrl::Impl::FillCategoryTree() {
     const int projectGroup = largestId_ + kProjectGroup;
     const int filterGroup = largestId_ + kFilterGroup;
     for (const Node& node : nodes_) {
-        if (!IsOffered(node)) continue;
+        if (Has(node.row->hiddenBy)) continue;
         const bool grouped = node.row->kind == CategoryKind::ProjectWide;
         const int group = grouped ? projectGroup : 0;
         (grouped ? ofProject : shown)
@@ -447,7 +450,6 @@ void Ctrl::Impl::EnableSelected() {
 
 void Ctrl::Impl::ItemsTouched(Node& node) {
     node.touched = true;
-    if (TreeSearch* const search = node.items->Search()) search->ShowParentChecks();
     // Only in a mode in which the category tree is disabled can items be chosen of a category that is not in force.
     categories_.SetChecked(node.id, true);
     ShowCount(node);
@@ -472,12 +474,13 @@ void Ctrl::Impl::ReadNodes() {
     if (Control(kFilter)) data.filterRules = filter_.Rules();
 }
 
-// Categories without a flag in the record are out of force when they are empty there. While the dialog goes on they are
-// not emptied, so that they can come back into force with what they had.
+// Categories without a flag in the record are out of force when they are empty there. Until the record is read they are
+// not emptied, and even then they can come back into force with what their tree shows.
 void Ctrl::Impl::DropUnused() {
     Data& data = state_.record.data;
-    for (const Node& node : nodes_) {
-        if (IsOffered(node) && !categories_.IsChecked(node.id)) node.items->Drop(data);
+    for (Node& node : nodes_) {
+        if (!IsOffered(node) || categories_.IsChecked(node.id)) continue;
+        if (node.items->Drop(data)) node.touched = node.filled;
     }
     if (Control(kFilter) && !categories_.IsChecked(state_.ids[kFilter])) data.filterRules.clear();
 }

@@ -113,7 +113,8 @@ private:
     void ShowLabels();
     void NameWindows();
     void FillCategoryTree();
-    bool IsOffered(const Node& node) const { return !Has(node.row->hiddenBy); }
+    /// As the category tree was filled last.
+    bool IsOffered(const Node& node) const { return categories_.Has(node.id); }
     void ShowCount(const Node& node);
     void ShowFilterCount();
 

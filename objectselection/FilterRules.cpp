@@ -49,10 +49,6 @@ POINT PlaceOf(LPARAM mouse) {
     return {static_cast<short>(LOWORD(mouse)), static_cast<short>(HIWORD(mouse))};
 }
 
-bool KeyIsAlone() {
-    return GetKeyState(VK_CONTROL) >= 0 && GetKeyState(VK_SHIFT) >= 0 && GetKeyState(VK_MENU) >= 0;
-}
-
 }  // namespace
 
 FilterRules::~FilterRules() {

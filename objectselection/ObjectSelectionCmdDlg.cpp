@@ -1,7 +1,6 @@
 #include "ObjectSelectionCmdDlg.h"
 
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 
 #include <utility>
 
@@ -11,8 +10,6 @@
 #include "objectselection_ids.h"
 
 namespace {
-
-constexpr wchar_t kPositionKey[] = L"Window/ObjectSelectionCmdDialog";
 
 constexpr TextRow kTexts[] = {
     kObjectSelectionCaption,
@@ -33,11 +30,13 @@ constexpr AnchorRow kAnchors[] = {
 
 static_assert(Distinct(kTexts) && Distinct(kAnchors));
 
+constexpr LibraryDialog::Tables kTables{L"Window/ObjectSelectionCmdDialog", kTexts, {}, kAnchors};
+
 }  // namespace
 
 ObjectSelectionCmdDialog::ObjectSelectionCmdDialog(HINSTANCE instance, HWND parent, ObjectSelectionCmdOptions& options,
                                                    Lng::AppID app, ObjectSelection::Dlg::Callback callback)
-    : OCDialog(instance, parent), options_(options), app_(app) {
+    : LibraryDialog(instance, parent, app, kTables), options_(options) {
     selection_.Attach(this, app, 0, std::move(callback), IDC_OBJSEL_MANUAL, IDC_OBJSEL_CURRENT, IDC_OBJSEL_SELECTED,
                       IDC_OBJSEL_SET_GROUP, IDC_OBJSEL_CATEGORIES, IDC_OBJSEL_ITEMS, IDC_OBJSEL_FILTER,
                       IDC_OBJSEL_NO_DATA);
@@ -45,46 +44,24 @@ ObjectSelectionCmdDialog::ObjectSelectionCmdDialog(HINSTANCE instance, HWND pare
 }
 
 void ObjectSelectionCmdDialog::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
+    LibraryDialog::SetAnchoring();
     selection_.SetAnchoring(true, true, true, true);
 }
 
 bool ObjectSelectionCmdDialog::OnCommand(unsigned __int64 wParam, __int64 lParam) {
-    return selection_.OnCommand(wParam, lParam) || OCDialog::OnCommand(wParam, lParam);
+    return selection_.OnCommand(wParam, lParam) || LibraryDialog::OnCommand(wParam, lParam);
 }
 
 bool ObjectSelectionCmdDialog::OnNotify(unsigned __int64 wParam, __int64 lParam) {
-    return selection_.OnNotify(wParam, lParam) || OCDialog::OnNotify(wParam, lParam);
+    return selection_.OnNotify(wParam, lParam) || LibraryDialog::OnNotify(wParam, lParam);
 }
 
 bool ObjectSelectionCmdDialog::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     const bool select = options_.result == ObjectSelectionCmd::SelectInDrawing;
     gwsetcheck(hWnd(), IDC_OBJSELCMD_SELECT, select);
     gwsetcheck(hWnd(), IDC_OBJSELCMD_REPORT, !select);
     return selection_.OnInitDialog();
-}
-
-void ObjectSelectionCmdDialog::OnOk() {
-    if (TakeData()) OCDialog::OnOk();
-}
-
-void ObjectSelectionCmdDialog::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, app_);
-}
-
-void ObjectSelectionCmdDialog::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void ObjectSelectionCmdDialog::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr ObjectSelectionCmdDialog::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 int ObjectSelectionCmdDialog::GetDataFromCtrls() {

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <occommonui/ObjectSelectionCmd.h>
-#include <orvatool/OCDialog.h>
+
+#include "LibraryDialog.h"
 
 /// What the user chooses for the command that selects objects.
 struct ObjectSelectionCmdOptions {
@@ -10,7 +11,7 @@ struct ObjectSelectionCmdOptions {
 };
 
 /// Edits the options of the command that selects objects: which ones, and what is done with them.
-class ObjectSelectionCmdDialog : public OCDialog {
+class ObjectSelectionCmdDialog : public LibraryDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"OBJSELCMDDLG";
 
@@ -22,15 +23,9 @@ public:
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
-    void OnOk() override;
-    void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     int GetDataFromCtrls() override;
 
 private:
     ObjectSelectionCmdOptions& options_;
-    const Lng::AppID app_;
     ObjectSelection::Dlg::Ctrl selection_;
 };

@@ -1,7 +1,5 @@
 #include "ObjectSelectionDlg.h"
 
-#include <orvatool/InterApp.h>
-
 #include <utility>
 
 #include "CommonTexts.h"
@@ -11,8 +9,6 @@
 namespace {
 
 using ObjectSelection::Dlg::Ctrl;
-
-constexpr wchar_t kPositionKey[] = L"Window/ObjectSelectionDialog";
 
 constexpr TextRow kTexts[] = {kObjectSelectionCaption, kOkText, kCancelText};
 
@@ -25,6 +21,8 @@ constexpr AnchorRow kNameAnchors[] = {
 };
 
 static_assert(Distinct(kTexts) && Distinct(kAnchors) && Distinct(kNameAnchors));
+
+constexpr LibraryDialog::Tables kTables{L"Window/ObjectSelectionDialog", kTexts, {}, kAnchors};
 
 const wchar_t* TemplateOf(Ctrl::Mode mode) {
     switch (mode) {
@@ -42,7 +40,7 @@ const wchar_t* TemplateOf(Ctrl::Mode mode) {
 
 ObjectSelectionDialog::ObjectSelectionDialog(HINSTANCE instance, HWND parent, RecordData& record, Ctrl::Mode mode,
                                              Lng::AppID app, ObjectSelection::Dlg::Callback callback, int flagMask)
-    : OCDialog(instance, parent), record_(record), mode_(mode), app_(app) {
+    : LibraryDialog(instance, parent, app, kTables), record_(record), mode_(mode) {
     selection_.Attach(this, app, mode, flagMask, std::move(callback), IDC_OBJSEL_MANUAL, IDC_OBJSEL_CURRENT,
                       IDC_OBJSEL_SELECTED, IDC_OBJSEL_SET_GROUP, IDC_OBJSEL_CATEGORIES, IDC_OBJSEL_ITEMS,
                       IDC_OBJSEL_FILTER, IDC_OBJSEL_NO_DATA, IDC_OBJSEL_CONFIGURATION_LBL, IDC_OBJSEL_CONFIGURATION,
@@ -52,44 +50,22 @@ ObjectSelectionDialog::ObjectSelectionDialog(HINSTANCE instance, HWND parent, Re
 }
 
 void ObjectSelectionDialog::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
+    LibraryDialog::SetAnchoring();
     if (mode_ == Ctrl::NameEdit) ApplyAnchors(*this, kNameAnchors);
     selection_.SetAnchoring(true, true, true, true);
 }
 
 bool ObjectSelectionDialog::OnCommand(unsigned __int64 wParam, __int64 lParam) {
-    return selection_.OnCommand(wParam, lParam) || OCDialog::OnCommand(wParam, lParam);
+    return selection_.OnCommand(wParam, lParam) || LibraryDialog::OnCommand(wParam, lParam);
 }
 
 bool ObjectSelectionDialog::OnNotify(unsigned __int64 wParam, __int64 lParam) {
-    return selection_.OnNotify(wParam, lParam) || OCDialog::OnNotify(wParam, lParam);
+    return selection_.OnNotify(wParam, lParam) || LibraryDialog::OnNotify(wParam, lParam);
 }
 
 bool ObjectSelectionDialog::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     return selection_.OnInitDialog();
-}
-
-void ObjectSelectionDialog::OnOk() {
-    if (TakeData()) OCDialog::OnOk();
-}
-
-void ObjectSelectionDialog::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, app_);
-}
-
-void ObjectSelectionDialog::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void ObjectSelectionDialog::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr ObjectSelectionDialog::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 int ObjectSelectionDialog::GetDataFromCtrls() {

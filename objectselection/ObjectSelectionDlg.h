@@ -1,15 +1,14 @@
 #pragma once
 
 #include <occommonui/ObjectSelection.h>
-#include <orvatool/OCDialog.h>
 
-#include "DialogTables.h"
+#include "LibraryDialog.h"
 
 /// The caption of the dialogs that are a selection.
 inline constexpr TextRow kObjectSelectionCaption{kCaption, kSharedTexts, 42486, L"Object selection"};
 
 /// The selection control as a dialog of its own.
-class ObjectSelectionDialog : public OCDialog {
+class ObjectSelectionDialog : public LibraryDialog {
 public:
     using RecordData = ObjectSelection::RecordData;
     using Ctrl = ObjectSelection::Dlg::Ctrl;
@@ -23,17 +22,11 @@ public:
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
-    void OnOk() override;
-    void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     int GetDataFromCtrls() override;
     int Run();
 
 private:
     RecordData& record_;
     const Ctrl::Mode mode_;
-    const Lng::AppID app_;
     Ctrl selection_;
 };

@@ -4,17 +4,14 @@
 #include <orvatool/AskValueDlg.h>
 #include <orvatool/Gw.h>
 #include <orvatool/ImageLib.h>
-#include <orvatool/InterApp.h>
 
 #include <algorithm>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
 
 #include "CommonTexts.h"
-#include "DialogTables.h"
 #include "EditCopy.h"
 #include "UserNumber.h"
 #include "objectselection_ids.h"
@@ -24,7 +21,6 @@ using ObjectSelection::Dlg::PropertyKind;
 
 namespace {
 
-constexpr wchar_t kPositionKey[] = L"Window/ObjectSelectionPropertyDialog";
 constexpr std::size_t kFewChoices = 500;  // more than these are not put into a drop-down list
 constexpr int kDeepestIndent = 8;
 
@@ -101,6 +97,14 @@ constexpr CommandRow<D> kCommands[] = {
 static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kAnchors) && Distinct(kFields) &&
               Distinct(kCommands));
 
+constexpr MenuRow kListMenu[] = {
+    {IDC_OBJSELPROP_INSERT, L"\tIns"},
+    {IDC_OBJSELPROP_REMOVE                    },
+};
+
+constexpr LibraryDialog::Tables kTables{L"Window/ObjectSelectionPropertyDialog", kTexts, kCommonTexts, kAnchors,
+                                        kColumns};
+
 // The operations that suit a kind of values, as they are offered.
 constexpr short kTextOperations[] = {
     Property::Equal,      Property::NotEqual,       Property::Contains, Property::NotContains,
@@ -143,42 +147,23 @@ std::optional<double> ToleranceOf(const ustr& text) {
     return number && *number >= 0 ? number : std::nullopt;
 }
 
-bool KeyIsAlone() {
-    return GetKeyState(VK_CONTROL) >= 0 && GetKeyState(VK_SHIFT) >= 0 && GetKeyState(VK_MENU) >= 0;
-}
-
 }  // namespace
 
 ObjectSelectionPropertyDialog::ObjectSelectionPropertyDialog(HINSTANCE instance, HWND parent, Property& rule,
                                                              Lng::AppID app, ObjectSelection::Dlg::Callback callback)
-    : OCDialog(instance, parent),
+    : LibraryDialog(instance, parent, app, kTables),
       rule_(rule),
       given_(rule),
-      app_(app),
       host_(std::move(callback)),
       texts_(host_),
       selected_(kNoProperty) {
     if (rule_.criteria.empty()) rule_.criteria.emplace_back();
 }
 
-void ObjectSelectionPropertyDialog::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
-}
-
-bool ObjectSelectionPropertyDialog::OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) {
-    return list_.onDrawItem(item) || OCDialog::OnDrawItem(ctrlId, item);
-}
-
-bool ObjectSelectionPropertyDialog::OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) {
-    if (ctrlId == list_.ctrlId()) SendMessageW(list_.hWnd(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(item));
-    return OCDialog::OnMeasureItem(ctrlId, item);
-}
-
 bool ObjectSelectionPropertyDialog::OnCommand(unsigned __int64 wParam, __int64 lParam) {
-    if (filling_) return OCDialog::OnCommand(wParam, lParam);
+    if (filling_) return LibraryDialog::OnCommand(wParam, lParam);
     return OnChange(LOWORD(wParam), HIWORD(wParam)) || RunCommand(*this, kCommands, wParam) ||
-           OCDialog::OnCommand(wParam, lParam);
+           LibraryDialog::OnCommand(wParam, lParam);
 }
 
 // What the user changes in a control, and what follows.
@@ -208,12 +193,8 @@ bool ObjectSelectionPropertyDialog::OnChange(int ctrlId, int code) {
 
 bool ObjectSelectionPropertyDialog::OnNotify(unsigned __int64 wParam, __int64 lParam) {
     const auto* header = reinterpret_cast<const NMHDR*>(lParam);
-    LRESULT result = 0;
-    if (list_.onNotify(header, result)) {
-        SetResult(result);
-        return true;
-    }
-    if (filling_) return OCDialog::OnNotify(wParam, lParam);
+    if (ListAnswers(header)) return true;
+    if (filling_) return LibraryDialog::OnNotify(wParam, lParam);
     if (header->idFrom == IDC_OBJSELPROP_PROPERTIES) {
         if (header->code == TVN_SELCHANGEDW) PropertySelected();
         if (header->code == NM_DBLCLK && gwTVpressedItem(header->hwndFrom) && selected_ != kNoProperty) GoToValue();
@@ -221,11 +202,11 @@ bool ObjectSelectionPropertyDialog::OnNotify(unsigned __int64 wParam, __int64 lP
         if (header->code == LVN_ITEMCHANGED || header->code == LVN_ODSTATECHANGED) ShowCriterion();
         if (header->code == NM_DBLCLK && EditedRow() >= 0) GoToValue();
     }
-    return OCDialog::OnNotify(wParam, lParam);
+    return LibraryDialog::OnNotify(wParam, lParam);
 }
 
 bool ObjectSelectionPropertyDialog::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     filling_ = true;
     SetKeys({VK_INSERT, VK_DELETE, VK_F2});
     LoadProperties();
@@ -238,13 +219,13 @@ bool ObjectSelectionPropertyDialog::OnInitDialog() {
 }
 
 bool ObjectSelectionPropertyDialog::OnContextMenu(HWND control, POINT screenPoint) {
-    if (control != list_.hWnd()) return OCDialog::OnContextMenu(control, screenPoint);
-    ShowRowMenu(screenPoint);
+    if (control != list_.hWnd()) return LibraryDialog::OnContextMenu(control, screenPoint);
+    ShowCommandMenu(*this, kListMenu, control, screenPoint);
     return true;
 }
 
 bool ObjectSelectionPropertyDialog::OnKeyDown(int virtualKey) {
-    if (GetFocus() != list_.hWnd() || !KeyIsAlone()) return OCDialog::OnKeyDown(virtualKey);
+    if (GetFocus() != list_.hWnd() || !KeyIsAlone()) return LibraryDialog::OnKeyDown(virtualKey);
     if (virtualKey == VK_INSERT) {
         Insert();
     } else if (virtualKey == VK_DELETE) {
@@ -252,7 +233,7 @@ bool ObjectSelectionPropertyDialog::OnKeyDown(int virtualKey) {
     } else if (virtualKey == VK_F2) {
         GoToValue();
     } else {
-        return OCDialog::OnKeyDown(virtualKey);
+        return LibraryDialog::OnKeyDown(virtualKey);
     }
     return true;
 }
@@ -263,32 +244,9 @@ bool ObjectSelectionPropertyDialog::OnEnterPressed() {
     const int ctrlId = GetDlgCtrlID(focus);
     const bool searching = ctrlId == IDC_OBJSELPROP_SEARCH && GetWindowTextLengthW(focus) > 0;
     const bool inList = searching || ctrlId == IDC_OBJSELPROP_PROPERTIES || ctrlId == IDC_OBJSELPROP_CRITERIA;
-    if (!inList) return OCDialog::OnEnterPressed();
+    if (!inList) return LibraryDialog::OnEnterPressed();
     if (selected_ != kNoProperty) GoToValue();
     return true;
-}
-
-void ObjectSelectionPropertyDialog::OnOk() {
-    if (TakeData()) OCDialog::OnOk();
-}
-
-void ObjectSelectionPropertyDialog::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, app_);
-    ApplyTexts(*this, kCommonTexts, app_);
-    ApplyColumnTexts(list_, kColumns);
-}
-
-void ObjectSelectionPropertyDialog::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void ObjectSelectionPropertyDialog::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr ObjectSelectionPropertyDialog::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 void ObjectSelectionPropertyDialog::SetDataToCtrls() {
@@ -407,26 +365,7 @@ void ObjectSelectionPropertyDialog::AttachControls() {
     TreeView_SetImageList(tree, ImageLib::GetImageList(GetDpi()), TVSIL_NORMAL);
     const ustr cue = Lng::text(kLibraryTexts, 25956, L"Search properties");
     search_.Attach(tree, &properties_, RequireControl(*this, IDC_OBJSELPROP_SEARCH), cue.c_str());
-    RequireControl(*this, IDC_OBJSELPROP_CRITERIA);
-    list_.attach(hWnd(), IDC_OBJSELPROP_CRITERIA);
-    AddColumns(list_, kColumns);
-    list_.stretchColumn(kValue);
-}
-
-void ObjectSelectionPropertyDialog::ShowRowMenu(POINT screenPoint) {
-    struct DestroyMenuFn {
-        void operator()(HMENU menu) const { DestroyMenu(menu); }
-    };
-    const std::unique_ptr<HMENU__, DestroyMenuFn> menu(CreatePopupMenu());
-    const ustr insert = gwdlgtomemo(hWnd(), IDC_OBJSELPROP_INSERT) + L"\tIns";
-    const ustr remove = gwdlgtomemo(hWnd(), IDC_OBJSELPROP_REMOVE);
-    AppendMenuW(menu.get(), MF_STRING, IDC_OBJSELPROP_INSERT, insert.c_str());
-    AppendMenuW(menu.get(), CanRemove() ? MF_STRING : MF_STRING | MF_GRAYED, IDC_OBJSELPROP_REMOVE, remove.c_str());
-    if (screenPoint.x == -1 && screenPoint.y == -1) {
-        screenPoint = {0, 0};
-        ClientToScreen(list_.hWnd(), &screenPoint);
-    }
-    TrackPopupMenu(menu.get(), TPM_LEFTALIGN | TPM_RIGHTBUTTON, screenPoint.x, screenPoint.y, 0, hWnd(), nullptr);
+    AttachList(IDC_OBJSELPROP_CRITERIA, kValue);
 }
 
 // While the tree is narrowed the selection may come and go; what it ends at counts.

@@ -1,19 +1,18 @@
 #pragma once
 
 #include <occommonui/ObjectSelection.h>
-#include <orvatool/OCDialog.h>
-#include <orvatool/OcListView2.h>
 #include <orvatool/TreeInsertList.h>
 
 #include <cstdint>
 #include <vector>
 
 #include "HostCallback.h"
+#include "LibraryDialog.h"
 #include "PropertyChoices.h"
 #include "RuleTexts.h"
 
 /// Edits one filter rule: the property that it is about, and the criteria that the property's value must meet.
-class ObjectSelectionPropertyDialog : public OCDialog {
+class ObjectSelectionPropertyDialog : public LibraryDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"OBJSELPROPDLG";
 
@@ -21,21 +20,13 @@ public:
     ObjectSelectionPropertyDialog(HINSTANCE instance, HWND parent, ObjectSelection::Property& rule, Lng::AppID app,
                                   ObjectSelection::Dlg::Callback callback);
 
-    void SetAnchoring() override;
-    bool OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) override;
-    bool OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) override;
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
     bool OnContextMenu(HWND control, POINT screenPoint) override;
     bool OnKeyDown(int virtualKey) override;
-    using OCDialog::OnKeyDown;
+    using LibraryDialog::OnKeyDown;
     bool OnEnterPressed() override;
-    void OnOk() override;
-    void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     void SetDataToCtrls() override;
     int GetDataFromCtrls() override;
 
@@ -53,7 +44,6 @@ private:
     void AddGroups();
     std::int64_t GivenProperty() const;
     void AttachControls();
-    void ShowRowMenu(POINT screenPoint);
     bool OnChange(int ctrlId, int code);
     void Search();
     void PropertySelected();
@@ -87,7 +77,6 @@ private:
 
     ObjectSelection::Property& rule_;
     const ObjectSelection::Property given_;
-    const Lng::AppID app_;
     HostCallback host_;
     HostTexts texts_;
     std::vector<PropertyEntry> entries_;
@@ -96,6 +85,5 @@ private:
     ObjectSelection::Dlg::EditorSetup setup_;
     PropertyChoices choices_;  // of a property whose values are chosen
     TreeSearch search_;
-    OcListView2 list_;
     bool filling_ = false;
 };

@@ -3,7 +3,6 @@
 #include <commctrl.h>
 #include <orvatool/AskValueDlg.h>
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 #include <orvatool/ValueList.h>
 #include <windowsx.h>
 
@@ -11,23 +10,19 @@
 #include <utility>
 
 #include "CommonTexts.h"
-#include "DialogTables.h"
 #include "EditCopy.h"
 #include "project_ids.h"
 
 namespace UpdateDwgData {
 namespace {
 
-constexpr wchar_t kPositionKey[] = L"Window/UpdateDwgDataDlg";
 constexpr std::size_t kMaxNameChars = 100;
 constexpr std::int64_t kNoSet = std::numeric_limits<std::int64_t>::min();
 
 constexpr TextRow kTexts[] = {
     {kCaption,                      kLibraryTexts, 20443, L"Update Drawing Data"},
     {IDC_UPDATEDWGDATA_SET_LBL,     kLibraryTexts, 37603, L"Selection set"      },
-    {IDC_UPDATEDWGDATA_SAVE,        kLibraryTexts, 20030, L"Save"               },
     {IDC_UPDATEDWGDATA_SAVE_AS,     kLibraryTexts, 20031, L"Save as..."         },
-    {IDC_UPDATEDWGDATA_DELETE,      kLibraryTexts, 20032, L"Delete"             },
     {IDC_UPDATEDWGDATA_RENAME,      kLibraryTexts, 20033, L"Rename..."          },
     {IDC_UPDATEDWGDATA_RANGE_GROUP, kLibraryTexts, 20446, L"Range"              },
     {IDC_UPDATEDWGDATA_ITEMS,       kLibraryTexts, 25973, L"Data items"         },
@@ -35,6 +30,8 @@ constexpr TextRow kTexts[] = {
 
 constexpr TextRow kCommonTexts[] = {
     SearchText(IDC_UPDATEDWGDATA_SEARCH_LBL),
+    SaveText(IDC_UPDATEDWGDATA_SAVE),
+    DeleteText(IDC_UPDATEDWGDATA_DELETE),
     kOkText,
     kCancelText,
 };
@@ -61,6 +58,8 @@ constexpr CommandRow<D> kCommands[] = {
 
 static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kAnchors) && Distinct(kCommands));
 
+constexpr LibraryDialog::Tables kTables{L"Window/UpdateDwgDataDlg", kTexts, kCommonTexts, kAnchors};
+
 bool IsDataItem(const TREE_INSERTITEM& row) {
     using Id = std::numeric_limits<long>;
     return row.value != 0 && row.value >= Id::min() && row.value <= Id::max();
@@ -80,9 +79,8 @@ TREE_INSERTLIST ByData(const TREE_INSERTLIST2* items) {
 UpdateDwgDataDlg::UpdateDwgDataDlg(HINSTANCE instance, HWND parent, Options& options, Lng::AppID app,
                                    const TREE_INSERTLIST2* items, const QBaseDb& database,
                                    ObjectSelection::Dlg::Callback selectionCallback, Dlg::Callback itemCallback)
-    : OCDialog(instance, parent),
+    : LibraryDialog(instance, parent, app, kTables),
       options_(options),
-      app_(app),
       database_(database),
       itemCallback_(std::move(itemCallback)),
       items_(ByData(items)) {
@@ -94,8 +92,7 @@ UpdateDwgDataDlg::UpdateDwgDataDlg(HINSTANCE instance, HWND parent, Options& opt
 }
 
 void UpdateDwgDataDlg::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
+    LibraryDialog::SetAnchoring();
     selection_.SetAnchoring(true, true, true, true);
 }
 
@@ -110,23 +107,22 @@ bool UpdateDwgDataDlg::OnCommand(unsigned __int64 wParam, __int64 lParam) {
         EnableCommands(*this, kCommands);
         return true;
     }
-    return RunCommand(*this, kCommands, wParam) || OCDialog::OnCommand(wParam, lParam);
+    return RunCommand(*this, kCommands, wParam) || LibraryDialog::OnCommand(wParam, lParam);
 }
 
 bool UpdateDwgDataDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
     const NMHDR& header = *reinterpret_cast<const NMHDR*>(lParam);
-    if (header.idFrom == IDC_UPDATEDWGDATA_ITEMS && gwTVCheckFromNotify(&header)) {
+    if (header.idFrom == IDC_UPDATEDWGDATA_ITEMS && search_.CheckFromNotify(&header)) {
         ChecksChanged();
         SetResult(TRUE);
         return true;
     }
-    return selection_.OnNotify(wParam, lParam) || OCDialog::OnNotify(wParam, lParam);
+    return selection_.OnNotify(wParam, lParam) || LibraryDialog::OnNotify(wParam, lParam);
 }
 
 bool UpdateDwgDataDlg::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     AttachItems();
-    ShowChecks(options_.properties);
     FillSets();
     EnableCommands(*this, kCommands);
     return selection_.OnInitDialog();
@@ -136,31 +132,9 @@ bool UpdateDwgDataDlg::OnInitDialog() {
 bool UpdateDwgDataDlg::OnEnterPressed() {
     const HWND focus = GetFocus();
     const bool searching = GetDlgCtrlID(focus) == IDC_UPDATEDWGDATA_SEARCH && GetWindowTextLengthW(focus) > 0;
-    if (!searching) return OCDialog::OnEnterPressed();
+    if (!searching) return LibraryDialog::OnEnterPressed();
     CheckFoundItem();
     return true;
-}
-
-void UpdateDwgDataDlg::OnOk() {
-    if (TakeData()) OCDialog::OnOk();
-}
-
-void UpdateDwgDataDlg::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, app_);
-    ApplyTexts(*this, kCommonTexts, app_);
-}
-
-void UpdateDwgDataDlg::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void UpdateDwgDataDlg::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr UpdateDwgDataDlg::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 int UpdateDwgDataDlg::GetDataFromCtrls() {
@@ -225,7 +199,9 @@ void UpdateDwgDataDlg::AttachItems() {
     const HWND tree = RequireControl(*this, IDC_UPDATEDWGDATA_ITEMS);
     const ustr cue = Lng::text(kLibraryTexts, 25974, L"Search data items");
     gwTVaddChecks(tree);
-    search_.Attach(tree, &items_, RequireControl(*this, IDC_UPDATEDWGDATA_SEARCH), cue.c_str());
+    search_.Attach(tree, &items_, RequireControl(*this, IDC_UPDATEDWGDATA_SEARCH), cue.c_str(),
+                   ChecksOf(options_.properties));
+    checks_ = search_.GetChecks();
 }
 
 void UpdateDwgDataDlg::FillSets() {
@@ -242,7 +218,11 @@ void UpdateDwgDataDlg::FillSets() {
 void UpdateDwgDataDlg::LoadSet() {
     PrjDb::OptionsRec rec;
     if (!IsSetSelected() || !ReadSelectedSet(rec)) return;
-    ShowChecks(rec.options.properties);
+    search_.SetChecks(ChecksOf(rec.options.properties));
+    checks_ = search_.GetChecks();
+    for (std::size_t row = 0; row < checks_.size(); ++row) {
+        if (checks_[row] == kTreePartial) search_.Expand(row);
+    }
     selection_.SetFlagMask(static_cast<int>(rec.options.flagMask));
     selection_.SetData(rec.options.selection, nullptr);
     selection_.Data2Ctrls();
@@ -284,23 +264,21 @@ void UpdateDwgDataDlg::RemoveSelectedSet() {
 
 bool UpdateDwgDataDlg::AskName(PrjDb::OptionsRec& rec) {
     const ustr title = Lng::text(kLibraryTexts, 24355, L"Configuration Name");
-    const ustr prompt = Lng::text(kLibraryTexts, 1106, L"Name:");
-    return AskValueDlg::Run(hWnd(), app_, title, prompt, rec.name, kMaxNameChars) >= 0;
+    return AskValueDlg::Run(hWnd(), app_, title, NamePrompt(), rec.name, kMaxNameChars) >= 0;
 }
 
 void UpdateDwgDataDlg::ShowFailure() {
     gwerrmsg(hWnd(), app_, database_.GetErrorText().c_str());
 }
 
-void UpdateDwgDataDlg::ShowChecks(const std::set<long>& properties) {
+std::vector<int> UpdateDwgDataDlg::ChecksOf(const std::set<long>& properties) const {
     std::vector<int> states;
     states.reserve(items_.size());
     for (const TREE_INSERTITEM& row : items_) {
         const bool checked = IsDataItem(row) && properties.contains(static_cast<long>(row.value));
         states.push_back(checked ? kTreeChecked : kTreeUnchecked);
     }
-    search_.SetChecks(states);
-    checks_ = search_.GetChecks();
+    return states;
 }
 
 std::set<long> UpdateDwgDataDlg::CheckedItems() const {
@@ -317,8 +295,7 @@ void UpdateDwgDataDlg::CheckFoundItem() {
     const HWND tree = RequireControl(*this, IDC_UPDATEDWGDATA_ITEMS);
     const HTREEITEM item = TreeView_GetSelection(tree);
     if (!item) return;
-    gwTVsetCheck(tree, item, gwTVgetCheck(tree, item) == kTreeChecked ? kTreeUnchecked : kTreeChecked);
-    gwTVUpdate3StateCheckForItems(tree, {item});
+    search_.TurnCheck(item);
     ChecksChanged();
 }
 

@@ -1,16 +1,17 @@
 #pragma once
 
 #include <occommonui/UpdateDwgData.h>
-#include <orvatool/OCDialog.h>
 
 #include <cstdint>
 #include <set>
 #include <vector>
 
+#include "LibraryDialog.h"
+
 namespace UpdateDwgData {
 
 /// Edits the options of updating drawings, and manages the sets of them that the project keeps.
-class UpdateDwgDataDlg : public OCDialog {
+class UpdateDwgDataDlg : public LibraryDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"UPDATEDWGDATADLG";
 
@@ -24,11 +25,6 @@ public:
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
     bool OnEnterPressed() override;
-    void OnOk() override;
-    void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     int GetDataFromCtrls() override;
 
     void Save();
@@ -48,14 +44,13 @@ private:
     void RemoveSelectedSet();
     bool AskName(PrjDb::OptionsRec& rec);
     void ShowFailure();
-    void ShowChecks(const std::set<long>& properties);
+    std::vector<int> ChecksOf(const std::set<long>& properties) const;
     std::set<long> CheckedItems() const;
     void CheckFoundItem();
     void ChecksChanged();
     bool NeedsSelectionSet(const TREE_INSERTITEM& row) const;
 
     Options& options_;
-    const Lng::AppID app_;
     QBaseDb database_;
     const Dlg::Callback itemCallback_;
     TREE_INSERTLIST items_;    // the value of a row is the data of the caller's

@@ -2,7 +2,6 @@
 
 #include <occommonui/ReportTemplate.h>
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 
 #include <cstddef>
 #include <cstring>
@@ -10,13 +9,10 @@
 
 #include "ColumnWidths.h"
 #include "CommonTexts.h"
-#include "DialogTables.h"
 #include "EditCopy.h"
 #include "report_ids.h"
 
 namespace {
-
-constexpr wchar_t kPositionKey[] = L"Window/ReportColumnDialog";
 
 constexpr TextRow kWidthText{IDC_REPORTCOLUMN_WIDTH_LBL, kLibraryTexts, 20973, L"Length (mm)"};
 
@@ -38,6 +34,8 @@ constexpr FieldRow<oce_columntype> kFields[] = {
 
 static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kFields));
 
+constexpr LibraryDialog::Tables kTables{L"Window/ReportColumnDialog", kTexts, kCommonTexts, {}};
+
 // The catalogues have one text for both units, and its unit is millimetres.
 ustr WidthTextInCharacters() {
     constexpr std::wstring_view kMillimetres = L"(mm)";
@@ -58,39 +56,24 @@ void NormalizeShowUnits(oce_columntype& column) {
 
 ReportColumnDlg::ReportColumnDlg(HINSTANCE instance, HWND parent, oce_columntype& column, const wchar_t* propertyName,
                                  ReportType type)
-    : OCDialog(instance, parent), column_(column), propertyName_(propertyName), type_(type) {
+    : LibraryDialog(instance, parent, kSharedTexts, kTables),
+      column_(column),
+      propertyName_(propertyName),
+      type_(type) {
     NormalizeShowUnits(column_);
 }
 
 bool ReportColumnDlg::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     SetDataToCtrls();
     SetFocus(IDC_REPORTCOLUMN_WIDTH);
     return false;
 }
 
-void ReportColumnDlg::OnOk() {
-    if (TakeData()) OCDialog::OnOk();
-}
-
 void ReportColumnDlg::SetLanguage() {
-    OCDialog::SetLanguage();
-    ApplyTexts(*this, kTexts, kSharedTexts);
-    ApplyTexts(*this, kCommonTexts, kSharedTexts);
+    LibraryDialog::SetLanguage();
     if (HasWidthsInCharacters(type_))
         Lng::setdlgitemtext(hWnd(), IDC_REPORTCOLUMN_WIDTH_LBL, WidthTextInCharacters(), false);
-}
-
-void ReportColumnDlg::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void ReportColumnDlg::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr ReportColumnDlg::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 void ReportColumnDlg::SetDataToCtrls() {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <occommonui/ReportDefinitionType.h>
-#include <orvatool/OCDialog.h>
+
+#include "LibraryDialog.h"
 
 /// Edits a column of a report: its width, headers, and whether it shows units.
-class ReportColumnDlg : public OCDialog {
+class ReportColumnDlg : public LibraryDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"REPORTCOLUMNEDITDLG";
 
@@ -13,11 +14,7 @@ public:
                     ReportType type);
 
     bool OnInitDialog() override;
-    void OnOk() override;
     void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     void SetDataToCtrls() override;
     int GetDataFromCtrls() override;
 

@@ -6,13 +6,11 @@
 
 #include <algorithm>
 #include <cwctype>
-#include <iterator>
 #include <limits>
 #include <string_view>
 
 #include "ColumnWidths.h"
 #include "CommonTexts.h"
-#include "DialogTables.h"
 #include "EditCopy.h"
 #include "ReportColumnDlg.h"
 #include "TemplateGroups.h"
@@ -20,7 +18,6 @@
 
 namespace {
 
-constexpr wchar_t kPositionKey[] = L"Window/ReportTemplateDialog";
 constexpr UINT kRowsDropped = WM_APP;
 constexpr int kUnitGap = 6;  // before a unit, in pixels at 96 DPI
 
@@ -113,16 +110,18 @@ constexpr CommandRow<D> kCommands[] = {
     {IDC_REPORTTEMPLATE_DOWN,   &D::MoveDown, &D::CanMoveDown},
 };
 
-constexpr int kAttributesMenu[] = {IDC_REPORTTEMPLATE_ADD};
-constexpr int kColumnsMenu[] = {
-    IDC_REPORTTEMPLATE_EDIT,
-    IDC_REPORTTEMPLATE_REMOVE,
-    IDC_REPORTTEMPLATE_UP,
-    IDC_REPORTTEMPLATE_DOWN,
+constexpr MenuRow kAttributesMenu[] = {{IDC_REPORTTEMPLATE_ADD}};
+constexpr MenuRow kColumnsMenu[] = {
+    {IDC_REPORTTEMPLATE_EDIT},
+    {IDC_REPORTTEMPLATE_REMOVE},
+    {IDC_REPORTTEMPLATE_UP},
+    {IDC_REPORTTEMPLATE_DOWN},
 };
 
 static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kUnits) && Distinct(kAnchors) &&
               Distinct(kFields) && Distinct(kCommands));
+
+constexpr LibraryDialog::Tables kTables{L"Window/ReportTemplateDialog", kTexts, kCommonTexts, kAnchors, kColumns};
 
 bool IsBlank(std::wstring_view text) {
     return std::all_of(text.begin(), text.end(), [](wchar_t c) { return std::iswspace(c) != 0; });
@@ -163,9 +162,8 @@ void PlaceBehind(HWND label, int textWidth, HWND unit) {
 
 ReportTemplateDlg::ReportTemplateDlg(HINSTANCE instance, HWND parent, ReportDefinitionType& definition, Lng::AppID app,
                                      ReportType type, const ReportTemplate::Context* context, const Names* names)
-    : OCDialog(instance, parent),
+    : LibraryDialog(instance, parent, app, kTables),
       definition_(definition),
-      app_(app),
       type_(type),
       context_(context ? *context : nothing_),
       names_(names ? *names : noNames_),
@@ -174,24 +172,10 @@ ReportTemplateDlg::ReportTemplateDlg(HINSTANCE instance, HWND parent, ReportDefi
         offeredNames_.emplace(propId, &name);
 }
 
-void ReportTemplateDlg::SetAnchoring() {
-    OCDialog::SetAnchoring();
-    ApplyAnchors(*this, kAnchors);
-}
-
-bool ReportTemplateDlg::OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) {
-    return list_.onDrawItem(item) || OCDialog::OnDrawItem(ctrlId, item);
-}
-
-bool ReportTemplateDlg::OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) {
-    if (ctrlId == list_.ctrlId()) SendMessageW(list_.hWnd(), WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(item));
-    return OCDialog::OnMeasureItem(ctrlId, item);
-}
-
 bool ReportTemplateDlg::OnCommand(unsigned __int64 wParam, __int64 lParam) {
-    if (filling_) return OCDialog::OnCommand(wParam, lParam);
+    if (filling_) return LibraryDialog::OnCommand(wParam, lParam);
     if (HIWORD(wParam) == EN_CHANGE && OnTextChange(wParam, lParam)) return true;
-    return RunCommand(*this, kCommands, wParam) || OCDialog::OnCommand(wParam, lParam);
+    return RunCommand(*this, kCommands, wParam) || LibraryDialog::OnCommand(wParam, lParam);
 }
 
 bool ReportTemplateDlg::OnTextChange(unsigned __int64 wParam, __int64 lParam) {
@@ -217,15 +201,15 @@ bool ReportTemplateDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
         SetResult(result);
         return true;
     }
-    if (filling_) return OCDialog::OnNotify(wParam, lParam);
-    if (header.idFrom == IDC_REPORTTEMPLATE_OBJECTS && gwTVCheckFromNotify(&header)) {
+    if (filling_) return LibraryDialog::OnNotify(wParam, lParam);
+    if (header.idFrom == IDC_REPORTTEMPLATE_OBJECTS && objects_.CheckFromNotify(&header)) {
         ChecksChanged();
         SetResult(TRUE);
         return true;
     }
     if (header.idFrom == IDC_REPORTTEMPLATE_ATTRIBUTES) OnAttributesNotify(header);
     if (header.idFrom == IDC_REPORTTEMPLATE_COLUMNS) OnColumnsNotify(header);
-    return OCDialog::OnNotify(wParam, lParam);
+    return LibraryDialog::OnNotify(wParam, lParam);
 }
 
 void ReportTemplateDlg::OnAttributesNotify(const NMHDR& header) {
@@ -241,7 +225,7 @@ void ReportTemplateDlg::OnColumnsNotify(const NMHDR& header) {
 }
 
 bool ReportTemplateDlg::OnAppMessage(unsigned int message, unsigned __int64 wParam, __int64 lParam) {
-    if (message != kRowsDropped) return OCDialog::OnAppMessage(message, wParam, lParam);
+    if (message != kRowsDropped) return LibraryDialog::OnAppMessage(message, wParam, lParam);
     const int row = static_cast<int>(lParam);
     if (wParam == IDC_REPORTTEMPLATE_ATTRIBUTES) {
         Insert(row);
@@ -252,7 +236,7 @@ bool ReportTemplateDlg::OnAppMessage(unsigned int message, unsigned __int64 wPar
 }
 
 bool ReportTemplateDlg::OnInitDialog() {
-    OCDialog::OnInitDialog();
+    LibraryDialog::OnInitDialog();
     filling_ = true;
     SetKeys({VK_DELETE, VK_F2, VK_UP, VK_DOWN});
     AttachTree();
@@ -281,9 +265,7 @@ void ReportTemplateDlg::AttachLists() {
     attributes_.Attach(hWnd(), IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, IDC_REPORTTEMPLATE_ATTRIBUTES, fill, nullptr, this,
                        cue.c_str());
     attributes_.Fill();
-    list_.attach(hWnd(), IDC_REPORTTEMPLATE_COLUMNS);
-    AddColumns(list_, kColumns);
-    list_.stretchColumn(kPropertyColumn);
+    AttachList(IDC_REPORTTEMPLATE_COLUMNS, kPropertyColumn);
     drag_.Attach(RequireControl(*this, IDC_REPORTTEMPLATE_COLUMNS), kRowsDropped);
 }
 
@@ -302,11 +284,11 @@ bool ReportTemplateDlg::OnContextMenu(HWND control, POINT screenPoint) {
         ShowCommandMenu(*this, kAttributesMenu, control, screenPoint);
         return true;
     }
-    return OCDialog::OnContextMenu(control, screenPoint);
+    return LibraryDialog::OnContextMenu(control, screenPoint);
 }
 
 bool ReportTemplateDlg::OnKeyDown(int virtualKey) {
-    if (GetFocus() != list_.hWnd()) return OCDialog::OnKeyDown(virtualKey);
+    if (GetFocus() != list_.hWnd()) return LibraryDialog::OnKeyDown(virtualKey);
     const bool alt = GetKeyState(VK_MENU) < 0;
     if (alt && virtualKey == VK_UP) {
         if (CanMoveUp()) MoveUp();
@@ -317,7 +299,7 @@ bool ReportTemplateDlg::OnKeyDown(int virtualKey) {
     } else if (!alt && virtualKey == VK_F2) {
         if (CanEdit()) Edit();
     } else {
-        return OCDialog::OnKeyDown(virtualKey);
+        return LibraryDialog::OnKeyDown(virtualKey);
     }
     return true;
 }
@@ -336,21 +318,18 @@ bool ReportTemplateDlg::OnEnterPressed() {
     } else if (ctrlId == IDC_REPORTTEMPLATE_COLUMNS && CanEdit()) {
         Edit();
     } else {
-        return OCDialog::OnEnterPressed();
+        return LibraryDialog::OnEnterPressed();
     }
     return true;
 }
 
 void ReportTemplateDlg::OnOk() {
-    if (changed_ && TakeData()) OCDialog::OnOk();
+    if (changed_) LibraryDialog::OnOk();
 }
 
 void ReportTemplateDlg::SetLanguage() {
-    OCDialog::SetLanguage();
+    LibraryDialog::SetLanguage();
     ApplyTexts(*this, {type_ == Legend ? &kLegendCaption : &kReportCaption, 1}, app_);
-    ApplyTexts(*this, kTexts, app_);
-    ApplyTexts(*this, kCommonTexts, app_);
-    ApplyColumnTexts(list_, kColumns);
     ShowUnits();
     // The group boxes name what they are around.
     SetDlgItemTextW(hWnd(), IDC_REPORTTEMPLATE_OBJECTS, gwdlgtomemo(hWnd(), IDC_REPORTTEMPLATE_OBJECTS_GROUP).c_str());
@@ -368,18 +347,6 @@ void ReportTemplateDlg::ShowUnits() {
     const int width = ListView_GetStringWidth(list_.hWnd(), text.c_str()) + Scale(kUnitGap);
     PlaceBehind(label, width, RequireControl(*this, IDC_REPORTTEMPLATE_COLUMNS_MM));
     PlaceBehind(label, width, RequireControl(*this, IDC_REPORTTEMPLATE_COLUMNS_CHAR));
-}
-
-void ReportTemplateDlg::SetPosition() {
-    InterApp::HPV::Reg_GetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd(), nullptr, nullptr, true);
-}
-
-void ReportTemplateDlg::SavePosition() {
-    InterApp::HPV::Reg_SetWindowPos_(nullptr, GetPositionRegistryKey().c_str(), hWnd());
-}
-
-ustr ReportTemplateDlg::GetPositionRegistryKey() const {
-    return kPositionKey;
 }
 
 void ReportTemplateDlg::SetDataToCtrls() {
@@ -461,11 +428,9 @@ void ReportTemplateDlg::SelectFoundAttribute() {
 }
 
 void ReportTemplateDlg::CheckFoundObject() {
-    const HWND tree = RequireControl(*this, IDC_REPORTTEMPLATE_OBJECTS);
-    const HTREEITEM item = TreeView_GetSelection(tree);
+    const HTREEITEM item = TreeView_GetSelection(RequireControl(*this, IDC_REPORTTEMPLATE_OBJECTS));
     if (!item) return;
-    gwTVsetCheck(tree, item, gwTVgetCheck(tree, item) == kTreeChecked ? kTreeUnchecked : kTreeChecked);
-    gwTVUpdate3StateCheckForItems(tree, {item});
+    objects_.TurnCheck(item);
     ChecksChanged();
 }
 
@@ -539,7 +504,6 @@ void ReportTemplateDlg::ColumnsChanged() {
 }
 
 void ReportTemplateDlg::ChecksChanged() {
-    objects_.ShowParentChecks();
     checksChanged_ = true;
     Changed();
 }

@@ -3,17 +3,16 @@
 #include <occommonui/ReportTemplate.h>
 #include <orvatool/ListDrag.h>
 #include <orvatool/ListFilterCtrl.h>
-#include <orvatool/OCDialog.h>
-#include <orvatool/OcListView2.h>
 
 #include <map>
 #include <unordered_map>
 #include <vector>
 
+#include "LibraryDialog.h"
 #include "TemplateColumns.h"
 
 /// Edits the template of a report or legend: the parts or objects that it covers, and its columns.
-class ReportTemplateDlg : public OCDialog {
+class ReportTemplateDlg : public LibraryDialog {
 public:
     using Names = std::map<int, ustr_pre<32>>;
 
@@ -23,22 +22,16 @@ public:
     ReportTemplateDlg(HINSTANCE instance, HWND parent, ReportDefinitionType& definition, Lng::AppID app,
                       ReportType type, const ReportTemplate::Context* context, const Names* names);
 
-    void SetAnchoring() override;
-    bool OnDrawItem(int ctrlId, DRAWITEMSTRUCT* item) override;
-    bool OnMeasureItem(int ctrlId, MEASUREITEMSTRUCT* item) override;
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnAppMessage(unsigned int message, unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
     bool OnContextMenu(HWND control, POINT screenPoint) override;
     bool OnKeyDown(int virtualKey) override;
-    using OCDialog::OnKeyDown;
+    using LibraryDialog::OnKeyDown;
     bool OnEnterPressed() override;
     void OnOk() override;
     void SetLanguage() override;
-    void SetPosition() override;
-    void SavePosition() override;
-    ustr GetPositionRegistryKey() const override;
     void SetDataToCtrls() override;
     int GetDataFromCtrls() override;
     virtual int Run();
@@ -80,7 +73,6 @@ private:
     bool TakeGroups();
 
     ReportDefinitionType& definition_;
-    const Lng::AppID app_;
     const ReportType type_;
     const ReportTemplate::Context nothing_;
     const ReportTemplate::Context& context_;
@@ -90,7 +82,6 @@ private:
     TemplateColumns columns_;
     TreeSearch objects_;
     ListFilterCtrl attributes_;
-    OcListView2 list_;
     ListDrag drag_;
     bool checksChanged_ = false;
     bool columnsChanged_ = false;

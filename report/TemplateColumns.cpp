@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <iterator>
 #include <numeric>
 #include <utility>
 

@@ -3,6 +3,7 @@
 #include <orvatool/Gw.h>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <unordered_set>
 

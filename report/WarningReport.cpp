@@ -15,7 +15,6 @@
 #include <numeric>
 #include <optional>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "TrayNotification.h"

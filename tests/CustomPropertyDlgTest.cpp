@@ -1,21 +1,16 @@
 #include <gtest/gtest.h>
 #include <occommonui/CustomProperty.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "customproperty_ids.h"
-#include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 
 namespace {
 
 using CustomProperty::Data;
-using uidriver::Script;
-
-constexpr int kAskText = 101;  // the edit control of the question for a text
 
 TREE_INSERTLIST Properties() {
     TREE_INSERTLIST list;
@@ -40,79 +35,28 @@ bool Same(const Data& a, const Data& b) {
     return a.id == b.id && a.name == b.name && a.format == b.format;
 }
 
-/// What is shown: mnemonics are a matter of the toolkit.
-std::wstring Shown(HWND dlg, int ctrlId) {
-    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
-    std::erase(text, L'&');
-    return text;
-}
-
 HWND Tree(HWND dlg) {
     return uidriver::Control(dlg, IDC_CUSTOMPROPERTY_TREE);
 }
 HWND List(HWND dlg) {
     return uidriver::Control(dlg, IDC_CUSTOMPROPERTY_LIST);
 }
-bool Enabled(HWND dlg, int ctrlId) {
-    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-
-void SelectInTree(HWND dlg, const wchar_t* text) {
-    uidriver::ClickTreeItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), text));
-}
-
-std::vector<std::wstring> Rows(HWND dlg) {
+Texts Rows(HWND dlg) {
     return uidriver::ListColumn(List(dlg), 0);
 }
 
-using Texts = std::vector<std::wstring>;
-
-class CustomPropertyDlgTest : public testing::Test {
+class CustomPropertyDlgTest : public DialogTest {
 protected:
-    void SetUp() override {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
-                                  nullptr, nullptr, nullptr);
-    }
-    void TearDown() override {
-        DestroyWindow(parent_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    /// Adds a step that works on the dialog.
-    void Step(std::function<void(HWND)> step) {
-        script_.Then([this, step] { step(dlg_); });
-    }
-
     bool Run(const TREE_INSERTLIST* properties) {
-        script_.Start();
-        const bool result = CustomProperty::Dlg::Options(parent_, Lng::Hpv, properties, data_);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
+        return RunSteps([&] { return CustomProperty::Dlg::Options(parent_, Lng::Hpv, properties, data_); });
     }
     bool Run() { return Run(&properties_); }
 
-    /// Catches the dialog; every script begins with it.
-    void Open() {
-        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
-    }
-    void Press(int ctrlId) {
-        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
-    }
-    void Key(int key, const std::vector<int>& modifiers = {}) {
-        Step([=](HWND) { uidriver::Key(key, modifiers); });
-    }
-
-    HWND parent_ = nullptr;
-    HWND dlg_ = nullptr;
-    Script script_;
     TREE_INSERTLIST properties_ = Properties();
     Data data_ = Record();
 };
 
 TEST_F(CustomPropertyDlgTest, ShowsTheRecordAndGivesItBackUnchangedOnOk) {
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Custom property - OrvaCAD HPV");
         EXPECT_EQ(Shown(dlg, IDC_CUSTOMPROPERTY_NAME), L"Size");
@@ -129,9 +73,8 @@ TEST_F(CustomPropertyDlgTest, ShowsTheRecordAndGivesItBackUnchangedOnOk) {
 }
 
 TEST_F(CustomPropertyDlgTest, CancelAndCloseLeaveTheRecord) {
-    Open();
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_CUSTOMPROPERTY_NAME, L"Other"); });
-    Step([](HWND dlg) { SelectInTree(dlg, L"Height"); });
+    Enter(IDC_CUSTOMPROPERTY_NAME, L"Other");
+    Step([](HWND dlg) { ClickInTree(Tree(dlg), L"Height"); });
     Press(IDC_CUSTOMPROPERTY_ADD);
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 5u); });
     Key(VK_ESCAPE);
@@ -140,16 +83,10 @@ TEST_F(CustomPropertyDlgTest, CancelAndCloseLeaveTheRecord) {
 }
 
 TEST_F(CustomPropertyDlgTest, AnEmptyNameKeepsTheDialogOpenWithTheFocusOnTheName) {
-    Open();
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_CUSTOMPROPERTY_NAME, L""); });
+    Enter(IDC_CUSTOMPROPERTY_NAME, L"");
     Step([](HWND dlg) { SetFocus(Tree(dlg)); });
-    Press(IDOK);
-    Step([](HWND dlg) {
-        EXPECT_TRUE(IsWindowVisible(dlg));
-        EXPECT_EQ(uidriver::TopDialog(), dlg);
-        EXPECT_EQ(GetFocus(), uidriver::Control(dlg, IDC_CUSTOMPROPERTY_NAME));
-    });
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_CUSTOMPROPERTY_NAME, L"New name"); });
+    ExpectRefused(IDC_CUSTOMPROPERTY_NAME);
+    Enter(IDC_CUSTOMPROPERTY_NAME, L"New name");
     Press(IDOK);
     EXPECT_TRUE(Run());
     EXPECT_EQ(data_.name, L"New name");
@@ -158,8 +95,7 @@ TEST_F(CustomPropertyDlgTest, AnEmptyNameKeepsTheDialogOpenWithTheFocusOnTheName
 
 TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindTheSelectedRow) {
     data_.format = L"";
-    Open();
-    Step([](HWND dlg) { SelectInTree(dlg, L"Height"); });
+    Step([](HWND dlg) { ClickInTree(Tree(dlg), L"Height"); });
     Press(IDC_CUSTOMPROPERTY_ADD);
     Step([](HWND dlg) {
         const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), L"Length");
@@ -175,7 +111,7 @@ TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindThe
     });
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 2u) << "the space below the items adds nothing"; });
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 0); });
-    Step([](HWND dlg) { SelectInTree(dlg, L"Débit d'air"); });
+    Step([](HWND dlg) { ClickInTree(Tree(dlg), L"Débit d'air"); });
     Key(VK_RETURN);
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::TopDialog(), dlg) << "Enter in the tree must not press OK";
@@ -187,9 +123,8 @@ TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindThe
 }
 
 TEST_F(CustomPropertyDlgTest, HeadingsAndCustomPropertiesCannotBeAdded) {
-    Open();
     for (const wchar_t* text : {L"Flow", L"Another custom property"}) {
-        Step([text](HWND dlg) { SelectInTree(dlg, text); });
+        Step([text](HWND dlg) { ClickInTree(Tree(dlg), text); });
         Step([](HWND dlg) {
             EXPECT_FALSE(Enabled(dlg, IDC_CUSTOMPROPERTY_ADD));
             SendMessageW(dlg, WM_COMMAND, IDC_CUSTOMPROPERTY_ADD, 0);
@@ -203,15 +138,14 @@ TEST_F(CustomPropertyDlgTest, HeadingsAndCustomPropertiesCannotBeAdded) {
 
 TEST_F(CustomPropertyDlgTest, SearchNarrowsTheTreeAndEnterAddsTheMatch) {
     data_.format = L"";
-    Open();
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_CUSTOMPROPERTY_SEARCH, L"DEBIT"); });
+    Enter(IDC_CUSTOMPROPERTY_SEARCH, L"DEBIT");
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::FindTreeItem(Tree(dlg), L"Length"), nullptr);
         EXPECT_NE(uidriver::FindTreeItem(Tree(dlg), L"Débit d'air"), nullptr);
     });
     Key(VK_RETURN);
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"Débit d'air"})); });
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_CUSTOMPROPERTY_SEARCH, L""); });
+    Enter(IDC_CUSTOMPROPERTY_SEARCH, L"");
     Step([](HWND dlg) { EXPECT_NE(uidriver::FindTreeItem(Tree(dlg), L"Length"), nullptr); });
     Press(IDOK);
     EXPECT_TRUE(Run());
@@ -219,7 +153,6 @@ TEST_F(CustomPropertyDlgTest, SearchNarrowsTheTreeAndEnterAddsTheMatch) {
 }
 
 TEST_F(CustomPropertyDlgTest, OrdersAndRemovesByButtonsAndKeys) {
-    Open();
     Step([](HWND dlg) {
         for (const int id : {IDC_CUSTOMPROPERTY_UP, IDC_CUSTOMPROPERTY_DOWN, IDC_CUSTOMPROPERTY_REMOVE}) {
             EXPECT_FALSE(Enabled(dlg, id)) << "nothing is selected yet";
@@ -249,7 +182,6 @@ TEST_F(CustomPropertyDlgTest, OrdersAndRemovesByButtonsAndKeys) {
 }
 
 TEST_F(CustomPropertyDlgTest, DeleteInTheNameDeletesText) {
-    Open();
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1); });
     Step([](HWND dlg) {
         SetFocus(uidriver::Control(dlg, IDC_CUSTOMPROPERTY_NAME));
@@ -264,41 +196,31 @@ TEST_F(CustomPropertyDlgTest, DeleteInTheNameDeletesText) {
 
 TEST_F(CustomPropertyDlgTest, RefusesIllegalConstantsAndAsksAgainWithTheTextAsEntered) {
     data_.format = L"{12}";
-    Open();
     Press(IDC_CUSTOMPROPERTY_ADD_CONSTANT);
-    script_.WithNewDialog([](HWND ask) {
+    InNewDialog([](HWND ask) {
         EXPECT_EQ(Shown(ask, kAskText - 1), L"Text:");
-        EXPECT_EQ(uidriver::Text(ask).rfind(L"Constant text", 0), 0u);
+        EXPECT_TRUE(uidriver::Text(ask).starts_with(L"Constant text"));
         uidriver::SetText(ask, kAskText, L"a|b");
     });
-    script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
-    script_.WithNewDialog([](HWND message) {
+    Step([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    InNewDialog([](HWND message) {
         EXPECT_EQ(uidriver::Text(message), L"OrvaCAD");
         EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), L"The following characters are illegal:\r\n{}|");
         uidriver::Key(VK_RETURN);
     });
-    script_.WithNewDialog([](HWND ask) {
-        EXPECT_EQ(Shown(ask, kAskText), L"a|b");
-        uidriver::SetText(ask, kAskText, L" mm");
-    });
-    script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    AnswerText(L"a|b", L" mm");
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"Length", L" mm"})); });
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1); });
     Key(VK_F2);
-    script_.WithNewDialog([](HWND ask) {
-        EXPECT_EQ(Shown(ask, kAskText), L" mm");
-        uidriver::SetText(ask, kAskText, L" m");
-    });
-    script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    AnswerText(L" mm", L" m");
     Press(IDC_CUSTOMPROPERTY_ADD_CONSTANT);
-    script_.WithNewDialog([](HWND ask) { uidriver::Click(ask, IDCANCEL); });
+    AnswerText(L"", nullptr);
     Press(IDOK);
     EXPECT_TRUE(Run());
     EXPECT_EQ(data_.format, L"{12} m");
 }
 
 TEST_F(CustomPropertyDlgTest, OpensWithoutPropertiesAndFailsWithoutAParentThatLives) {
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(TreeView_GetCount(Tree(dlg)), 0u);
         EXPECT_EQ(Rows(dlg).size(), 4u) << "unknown references are kept";
@@ -307,32 +229,13 @@ TEST_F(CustomPropertyDlgTest, OpensWithoutPropertiesAndFailsWithoutAParentThatLi
     EXPECT_TRUE(Run(nullptr));
     EXPECT_TRUE(Same(data_, Record()));
 
-    const HWND gone = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-    DestroyWindow(gone);
-    EXPECT_FALSE(CustomProperty::Dlg::Options(gone, Lng::Hpv, &properties_, data_));
+    EXPECT_FALSE(CustomProperty::Dlg::Options(GoneWindow(), Lng::Hpv, &properties_, data_));
     EXPECT_TRUE(Same(data_, Record()));
 }
 
 TEST_F(CustomPropertyDlgTest, ReopensWhereTheUserLeftIt) {
-    RECT left{};
-    Open();
-    Step([&](HWND dlg) {
-        SetWindowPos(dlg, nullptr, 60, 70, 900, 640, SWP_NOZORDER);
-        GetWindowRect(dlg, &left);
-    });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
-
-    Script again;
-    again.WithNewDialog([&](HWND dlg) {
-        RECT now{};
-        GetWindowRect(dlg, &now);
-        EXPECT_TRUE(EqualRect(&now, &left)) << now.left << ' ' << now.top << ' ' << now.right << ' ' << now.bottom;
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    again.Start();
-    EXPECT_FALSE(CustomProperty::Dlg::Options(parent_, Lng::Hpv, &properties_, data_));
-    EXPECT_TRUE(again.Finished()) << again.Failure();
+    const auto open = [this] { return CustomProperty::Dlg::Options(parent_, Lng::Hpv, &properties_, data_); };
+    ExpectOpensWhereItWasLeft(open, open);
 }
 
 }  // namespace

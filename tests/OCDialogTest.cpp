@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "host/driver/UiDriver.h"
+#include "support/PatchImport.h"
 
 namespace {
 
@@ -721,41 +722,11 @@ BOOL WINAPI CountBeep(UINT) {
     return ++beeps, TRUE;
 }
 
-/// Redirects the toolkit's import of a function of user32 while it lives.
-class PatchedImport {
-public:
-    PatchedImport(const char* name, const void* function) {
-        const auto target = reinterpret_cast<const void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name));
-        auto* const base = reinterpret_cast<std::byte*>(GetModuleHandleW(L"orvatool.dll"));
-        const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-        const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
-        const auto& iat = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
-        auto* const first = reinterpret_cast<const void**>(base + iat.VirtualAddress);
-        auto* const last = first + iat.Size / sizeof(void*);
-        slot_ = std::find(first, last, target);
-        if (slot_ == last) throw std::logic_error("not imported");
-        Write(function);
-        original_ = target;
-    }
-    ~PatchedImport() { Write(original_); }
-    PatchedImport(const PatchedImport&) = delete;
-    PatchedImport& operator=(const PatchedImport&) = delete;
-
-private:
-    void Write(const void* function) {
-        DWORD old = 0;
-        VirtualProtect(slot_, sizeof *slot_, PAGE_READWRITE, &old);
-        *slot_ = function;
-        VirtualProtect(slot_, sizeof *slot_, old, &old);
-    }
-    const void** slot_ = nullptr;
-    const void* original_ = nullptr;
-};
-
 }  // namespace
 
 TEST(OCDialog, RefusedControlBeepsOnceAndHasTheFocus) {
-    const PatchedImport patch("MessageBeep", reinterpret_cast<const void*>(&CountBeep));
+    PatchImport(GetModuleHandleW(L"orvatool.dll"), L"user32.dll", "MessageBeep",
+                reinterpret_cast<const void*>(&CountBeep));
     LoggedDialog dlg;
     dlg.steps = {[&] {
         SetDlgItemTextW(dlg, IDC_BASIC_SECOND, L"wrong");

@@ -9,15 +9,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <initializer_list>
-#include <iterator>
 #include <limits>
 #include <ostream>
-#include <random>
 #include <set>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -25,6 +21,8 @@
 #include <vector>
 
 #include "support/ProcessorTime.h"
+#include "support/TestFolder.h"
+#include "support/XmlFaults.h"
 
 // How a failed comparison shows a text.
 namespace orvaspace {
@@ -39,7 +37,6 @@ namespace ObjectSelection {
 namespace {
 
 using Operation = Property::Operation;
-namespace fs = std::filesystem;
 
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
@@ -593,16 +590,7 @@ TEST(ObjectSelectionXml, ANewerFormatIsRefused) {
 
 class ObjectSelectionDrawings : public testing::Test {
 protected:
-    ObjectSelectionDrawings() {
-        wchar_t temp[MAX_PATH] = L"";
-        GetTempPathW(MAX_PATH, temp);
-        folder_ = fs::path(temp) / L"oc-selection-ä";
-        fs::remove_all(folder_);
-        fs::create_directory(folder_);
-    }
-    ~ObjectSelectionDrawings() override { fs::remove_all(folder_); }
-
-    std::wstring File() const { return folder_ / L"project.db"; }
+    std::wstring File() const { return folder_.File(L"project.db"); }
 
     static void Put(QBaseDb& db, const char* type, const char* id, int field, const wchar_t* text) {
         QBaseDb::Rec* rec = db.createRec(type, id);
@@ -612,7 +600,7 @@ protected:
         db.releaseRec(rec);
     }
 
-    fs::path folder_;
+    const TestFolder folder_;
 };
 
 TEST_F(ObjectSelectionDrawings, GetThePathThatTheyHaveInTheProjectNow) {
@@ -642,7 +630,7 @@ TEST_F(ObjectSelectionDrawings, GetThePathThatTheyHaveInTheProjectNow) {
     Data read;
     EXPECT_TRUE(read.FromXml(db, ElementOf(data)));
     EXPECT_EQ(read, expected);
-    EXPECT_TRUE(read.FromXml(QBaseDb(folder_.c_str()), ElementOf(data)));
+    EXPECT_TRUE(read.FromXml(QBaseDb(folder_.Path().c_str()), ElementOf(data)));
     EXPECT_EQ(read, data) << "no database";
 }
 
@@ -738,60 +726,15 @@ TEST(ObjectSelectionFaults, ANumberMustFitItsMember) {
 }
 
 TEST(ObjectSelectionFaults, ADocumentIsReadOnlyWhenItIsComplete) {
-    const std::string xml = TextOf(Small());
-    for (std::size_t size = 0; size < xml.rfind('>'); ++size) {
+    for (const std::string& xml : Truncated(TextOf(Small()))) {
         Data data;
-        ASSERT_FALSE(Read(xml.substr(0, size), data)) << size;
+        ASSERT_FALSE(Read(xml, data)) << xml;
     }
 }
 
-/// Changes texts at random, in the same way in every run.
-class Mutator {
-public:
-    explicit Mutator(unsigned seed) : random_(seed) {}
-
-    std::string operator()(std::string text) {
-        constexpr void (Mutator::*kChanges[])(std::string&) = {&Mutator::FlipByte, &Mutator::Delete, &Mutator::Insert,
-                                                               &Mutator::Duplicate, &Mutator::ReplaceValue};
-        for (std::size_t n = 1 + Below(3); n > 0; --n)
-            (this->*kChanges[Below(std::size(kChanges))])(text);
-        return text;
-    }
-
-private:
-    std::size_t Below(std::size_t limit) { return random_() % limit; }
-    std::size_t Length(const std::string& text) { return Below(1 + std::min<std::size_t>(text.size(), 60)); }
-
-    void FlipByte(std::string& text) {
-        if (!text.empty()) text[Below(text.size())] ^= static_cast<char>(1 << Below(8));
-    }
-    void Delete(std::string& text) { text.erase(Below(text.size() + 1), Length(text)); }
-    void Insert(std::string& text) {
-        static constexpr std::string_view kBytes = "<>/\"'=&;!-[]? \r\n\x01\xC3\xED\xFF.0a";
-        text.insert(Below(text.size() + 1), 1, kBytes[Below(kBytes.size())]);
-    }
-    void Duplicate(std::string& text) {
-        const std::string slice = text.substr(Below(text.size() + 1), Length(text));
-        text.insert(Below(text.size() + 1), slice);
-    }
-    void ReplaceValue(std::string& text) {
-        static const std::vector<std::string> kValues = [] {
-            std::istringstream words(
-                "0 1 -1 +1 1.5 1e400 1e-400 nan 0x10 true 32768 -32769 2147483648 -2147483648 20261101 20261102 "
-                "&#0; &#xD800; &#x110000; &lt;&#9;&#10; ' < \xED\xA0\xBD \xE4");
-            return std::vector<std::string>(std::istream_iterator<std::string>(words), {});
-        }();
-        const std::size_t value = text.find("=\"", Below(text.size() + 1));
-        if (value == std::string::npos) return;
-        text.replace(value + 2, text.find('"', value + 2) - value - 2, kValues[Below(kValues.size())]);
-    }
-
-    std::mt19937 random_;
-};
-
 TEST(ObjectSelectionFaults, RandomChangesGiveASelectionOrANewOne) {
     const std::string sound = ElementOf(Small()).AsXml({}, {});
-    Mutator mutate(20261101);
+    XmlMutator mutate(20261101, {"20261101", "20261102"});
     int readable = 0;
     for (int round = 0; round < 100'000; ++round) {
         const std::string xml = mutate(sound);
@@ -815,12 +758,7 @@ TEST(ObjectSelectionFaults, DepthAndSizeAreNoDanger) {
     const std::string sound = TextOf(Small());
     for (const int depth : {900, 100'000}) {
         std::string deep = sound;
-        std::string start, end;
-        for (int i = 0; i < depth; ++i) {
-            start += "<Item Id='1'>";
-            end += "</Item>";
-        }
-        deep.insert(deep.find("<Item Id=\"17\""), start + end);
+        deep.insert(deep.find("<Item Id=\"17\""), "<Item Id='1'>" + Nested("Item", depth) + "</Item>");
         Data data;
         EXPECT_EQ(Read(deep, data), depth == 900);
         EXPECT_EQ(data.rooms.size(), depth == 900 ? 3u : 0u);

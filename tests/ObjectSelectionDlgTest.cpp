@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 #include <occommonui/ObjectSelectionCmd.h>
-#include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
 #include <functional>
@@ -10,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
 #include "objectselection_ids.h"
+#include "support/DialogTest.h"
 #include "support/SelectionHost.h"
 
 namespace {
@@ -19,7 +17,6 @@ namespace {
 using namespace ObjectSelection::Dlg;
 using ObjectSelection::Data;
 using ObjectSelection::RecordData;
-using uidriver::Script;
 using Messages = std::vector<CbMsgId>;
 
 constexpr int kManageDrawings = 402;  // the command of the items' menu
@@ -31,16 +28,6 @@ Data Systems() {
     data.useSystems = true;
     data.systems = {32};
     return data;
-}
-
-std::wstring Shown(HWND dlg, int ctrlId) {
-    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
-    std::erase(text, L'&');
-    return text;
-}
-
-bool Checked(HWND dlg, int ctrlId) {
-    return gwgetcheck(dlg, ctrlId);
 }
 
 /// The tree of items or the list of rules that is shown.
@@ -114,70 +101,28 @@ TEST(PrjLock, CopiesAreHeldAndReleasedOnTheirOwn) {
     EXPECT_EQ(host.Count(UnlockProject), 3);
 }
 
-class ObjectSelectionDlgTest : public testing::Test {
+class ObjectSelectionDlgTest : public DialogTest {
 protected:
-    void SetUp() override {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
-                                  nullptr, nullptr, nullptr);
-    }
-    void TearDown() override {
-        DestroyWindow(parent_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    /// Adds a step that works on the dialog.
-    void Step(std::function<void(HWND)> step) {
-        script_.Then([this, step] { step(dlg_); });
-    }
-    /// Catches the dialog; every script begins with it.
-    void Open() {
-        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
-    }
-    void Press(int ctrlId) {
-        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
-    }
     /// Selects the category, or with `onCheckBox` turns it on or off.
     void PickCategory(const wchar_t* category, bool onCheckBox = false) {
-        Step([=](HWND dlg) {
-            const HWND tree = uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES);
-            const HTREEITEM item = uidriver::FindTreeItem(tree, category);
-            ASSERT_TRUE(item) << category;
-            TreeView_EnsureVisible(tree, item);
-            uidriver::ClickTreeItem(tree, item, onCheckBox);
-        });
+        Step([=](HWND dlg) { ClickInTree(uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES), category, onCheckBox); });
     }
     void CheckItem(const wchar_t* text) {
-        Step([=](HWND dlg) {
-            const HWND tree = ShownItems(dlg);
-            const HTREEITEM item = uidriver::FindTreeItem(tree, text);
-            ASSERT_TRUE(item) << text;
-            TreeView_EnsureVisible(tree, item);
-            uidriver::ClickTreeItem(tree, item, true);
-        });
+        Step([=](HWND dlg) { ClickInTree(ShownItems(dlg), text, true); });
     }
 
-    template <class Call>
-    auto Run(Call call) {
-        script_.Start();
-        const auto result = call();
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
-    }
     int Edit(int flags) {
-        return Run([&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, flags); });
+        return RunSteps([&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, flags); });
     }
     int EditRecord(int flags = 0) {
-        return Run([&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, flags); });
+        return RunSteps(
+            [&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, flags); });
     }
     bool Options() {
-        return Run([&] { return ObjectSelectionCmd::OptionsDlg(parent_, Lng::Hpv, host_.Callback(), data_, result_); });
+        return RunSteps(
+            [&] { return ObjectSelectionCmd::OptionsDlg(parent_, Lng::Hpv, host_.Callback(), data_, result_); });
     }
 
-    HWND parent_ = nullptr;
-    HWND dlg_ = nullptr;
-    Script script_;
     SelectionHost host_;
     Data data_ = Systems();
     RecordData record_;
@@ -185,11 +130,10 @@ protected:
 };
 
 TEST_F(ObjectSelectionDlgTest, OkGivesTheCriteriaBackAsTheyWereShown) {
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Object selection - OrvaCAD HPV");
         EXPECT_EQ(Shown(dlg, IDC_OBJSEL_MANUAL), L"Manual selection");
-        EXPECT_TRUE(Checked(dlg, IDC_OBJSEL_CURRENT));
+        EXPECT_TRUE(IsChecked(dlg, IDC_OBJSEL_CURRENT));
         EXPECT_FALSE(GetDlgItem(dlg, IDC_OBJSEL_CONFIGURATION) || GetDlgItem(dlg, IDC_OBJSEL_NAME));
     });
     Press(IDOK);
@@ -200,39 +144,22 @@ TEST_F(ObjectSelectionDlgTest, OkGivesTheCriteriaBackAsTheyWereShown) {
 
 TEST_F(ObjectSelectionDlgTest, OkTakesWhatTheUserChangedAndCancelNothing) {
     for (const int button : {IDCANCEL, IDOK}) {
-        Script script;
-        script.WithNewDialog([&](HWND dlg) { dlg_ = dlg; });
-        script.Then([&] {
-            const HWND tree = uidriver::Control(dlg_, IDC_OBJSEL_CATEGORIES);
-            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Systems"));
-        });
-        script.Then([&] {
-            const HWND tree = ShownItems(dlg_);
-            const HTREEITEM item = uidriver::FindTreeItem(tree, L"TK01");
-            ASSERT_TRUE(item);
-            TreeView_EnsureVisible(tree, item);
-            uidriver::ClickTreeItem(tree, item, true);
-        });
-        script.Then([&] { uidriver::Click(dlg_, button); });
-        script.Start();
-        const int result = ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, 0);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-        EXPECT_EQ(result, button == IDOK ? 0 : -1);
+        PickCategory(L"Systems");
+        CheckItem(L"TK01");
+        Press(button);
+        EXPECT_EQ(Edit(0), button == IDOK ? 0 : -1);
         EXPECT_EQ(data_ == Systems(), button == IDCANCEL);
     }
     EXPECT_EQ(std::set(data_.systems.begin(), data_.systems.end()), (std::set<std::int32_t>{31, 32}));
 }
 
 TEST_F(ObjectSelectionDlgTest, SelectedDrawingsWithoutAnyAreRefusedAndNothingElseChanges) {
-    Open();
     Press(IDC_OBJSEL_SELECTED);
     PickCategory(L"Model drawings", true);
-    Press(IDOK);
+    ExpectRefused(IDC_OBJSEL_CURRENT);
     Step([](HWND dlg) {
-        EXPECT_EQ(uidriver::TopDialog(), dlg) << "the dialog stays";
-        EXPECT_EQ(GetFocus(), uidriver::Control(dlg, IDC_OBJSEL_CURRENT));
-        EXPECT_TRUE(Checked(dlg, IDC_OBJSEL_SELECTED)) << "the user's choice stays";
-        EXPECT_FALSE(Checked(dlg, IDC_OBJSEL_CURRENT));
+        EXPECT_TRUE(IsChecked(dlg, IDC_OBJSEL_SELECTED)) << "the user's choice stays";
+        EXPECT_FALSE(IsChecked(dlg, IDC_OBJSEL_CURRENT));
     });
     PickCategory(L"Model drawings", true);
     Press(IDOK);
@@ -248,7 +175,6 @@ TEST_F(ObjectSelectionDlgTest, ConfigurationsAreOfferedUnderOneLock) {
     stored.data = Systems();
     host_.configurations = {stored};
     data_ = Data();
-    Open();
     Step([](HWND dlg) {
         const HWND combo = uidriver::Control(dlg, IDC_OBJSEL_CONFIGURATION);
         EXPECT_EQ(SendMessageW(combo, CB_GETCOUNT, 0, 0), 1);
@@ -277,7 +203,6 @@ TEST_F(ObjectSelectionDlgTest, ARefusedLockShowsNothing) {
 }
 
 TEST_F(ObjectSelectionDlgTest, WithoutConfigurationsManagingDrawingsTakesTheLock) {
-    Open();
     Step([](HWND dlg) { SendMessageW(dlg, WM_COMMAND, kManageDrawings, 0); });
     Step([this](HWND dlg) {
         const Messages order = {LockProject, ManageDrawings, UnlockProject};
@@ -291,18 +216,13 @@ TEST_F(ObjectSelectionDlgTest, ARecordIsNamed) {
     record_.key = "K7";
     record_.name = L"Old";
     record_.data = Systems();
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(Shown(dlg, IDC_OBJSEL_NAME), L"Old");
-        EXPECT_EQ(GetFocus(), uidriver::Control(dlg, IDC_OBJSEL_NAME));
-        uidriver::SetText(dlg, IDC_OBJSEL_NAME, L"");
+        EXPECT_TRUE(HasFocus(dlg, IDC_OBJSEL_NAME));
     });
-    Press(IDOK);
-    Step([](HWND dlg) {
-        EXPECT_EQ(uidriver::TopDialog(), dlg) << "a name is needed";
-        EXPECT_EQ(GetFocus(), uidriver::Control(dlg, IDC_OBJSEL_NAME));
-        uidriver::SetText(dlg, IDC_OBJSEL_NAME, L"New");
-    });
+    Enter(IDC_OBJSEL_NAME, L"");
+    ExpectRefused(IDC_OBJSEL_NAME);
+    Enter(IDC_OBJSEL_NAME, L"New");
     Press(IDOK);
     EXPECT_EQ(EditRecord(), 0);
     EXPECT_EQ(record_.key, "K7");
@@ -313,8 +233,7 @@ TEST_F(ObjectSelectionDlgTest, ARecordIsNamed) {
 TEST_F(ObjectSelectionDlgTest, ACancelledRecordStays) {
     record_.name = L"Old";
     const RecordData before = record_;
-    Open();
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_OBJSEL_NAME, L"New"); });
+    Enter(IDC_OBJSEL_NAME, L"New");
     Press(IDC_OBJSEL_CURRENT);
     Press(IDCANCEL);
     EXPECT_EQ(EditRecord(), -1);
@@ -322,13 +241,12 @@ TEST_F(ObjectSelectionDlgTest, ACancelledRecordStays) {
 }
 
 TEST_F(ObjectSelectionDlgTest, TheCommandHasAResultToo) {
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Object selection - OrvaCAD HPV");
         EXPECT_EQ(Shown(dlg, 101), L"Selection result");
         EXPECT_EQ(Shown(dlg, 130), L"Select objects in the drawing");
         EXPECT_EQ(Shown(dlg, 131), L"Show selected items in report");
-        EXPECT_TRUE(Checked(dlg, 131));
+        EXPECT_TRUE(IsChecked(dlg, 131));
     });
     Press(130);
     Press(IDC_OBJSEL_MANUAL);
@@ -340,34 +258,18 @@ TEST_F(ObjectSelectionDlgTest, TheCommandHasAResultToo) {
 }
 
 TEST_F(ObjectSelectionDlgTest, TheCancelledCommandChangesNothing) {
-    Open();
     Press(130);
     Press(IDC_OBJSEL_MANUAL);
-    Step([](HWND) { uidriver::Key(VK_ESCAPE); });
+    Key(VK_ESCAPE);
     EXPECT_FALSE(Options());
     EXPECT_EQ(result_, ObjectSelectionCmd::ShowInReport);
     EXPECT_EQ(data_, Systems());
 }
 
 TEST_F(ObjectSelectionDlgTest, OpensWhereTheUserLeftIt) {
-    RECT left{};
-    Open();
-    Step([&](HWND dlg) {
-        SetWindowPos(dlg, nullptr, 40, 50, 900, 700, SWP_NOZORDER);
-        GetWindowRect(dlg, &left);
-    });
-    Press(IDCANCEL);
-    EXPECT_EQ(Edit(0), -1);
-    Script again;
-    again.WithNewDialog([&](HWND dlg) {
-        RECT now{};
-        GetWindowRect(dlg, &now);
-        EXPECT_TRUE(EqualRect(&now, &left)) << "the named form shares the place";
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    again.Start();
-    EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, 0), -1);
-    EXPECT_TRUE(again.Finished()) << again.Failure();
+    ExpectOpensWhereItWasLeft(
+        [this] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, 0); },
+        [this] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, 0); });
 }
 
 TEST_F(ObjectSelectionDlgTest, AHostThatIsMissingOrGoneIsAFailure) {
@@ -376,9 +278,7 @@ TEST_F(ObjectSelectionDlgTest, AHostThatIsMissingOrGoneIsAFailure) {
     EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, nullptr, record_, 0), -1);
     EXPECT_FALSE(ObjectSelectionCmd::OptionsDlg(parent_, Lng::Hpv, nullptr, data_, result_));
 
-    const HWND gone = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-    DestroyWindow(gone);
-    EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, gone, host_.Callback(), data_, kConfigurations), -1);
+    EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, GoneWindow(), host_.Callback(), data_, kConfigurations), -1);
     EXPECT_EQ(host_.Order(kLocking), kLocking);
     EXPECT_EQ(data_, Systems());
     EXPECT_EQ(result_, ObjectSelectionCmd::ShowInReport);

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <occommonui/ObjectSelection.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
 #include <commctrl.h>
@@ -13,15 +12,13 @@
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
 #include "objectselection_ids.h"
+#include "support/DialogTest.h"
 
 namespace {
 
 namespace Dlg = ObjectSelection::Dlg;
 using ObjectSelection::Property;
-using uidriver::Script;
-using Texts = std::vector<std::wstring>;
 
 constexpr int kAskTree = 104;  // the tree of the question for a value
 
@@ -95,29 +92,11 @@ private:
     }
 };
 
-/// What is shown: mnemonics are a matter of the toolkit.
-std::wstring Shown(HWND dlg, int ctrlId) {
-    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
-    std::erase(text, L'&');
-    return text;
-}
 HWND Tree(HWND dlg) {
     return uidriver::Control(dlg, IDC_OBJSELPROP_PROPERTIES);
 }
 HWND List(HWND dlg) {
     return uidriver::Control(dlg, IDC_OBJSELPROP_CRITERIA);
-}
-bool Visible(HWND dlg, int ctrlId) {
-    return IsWindowVisible(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-bool Enabled(HWND dlg, int ctrlId) {
-    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-bool HasFocus(HWND dlg, int ctrlId) {
-    return GetFocus() == uidriver::Control(dlg, ctrlId);
-}
-bool IsChecked(HWND dlg, int ctrlId) {
-    return SendDlgItemMessageW(dlg, ctrlId, BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 Texts Operators(HWND dlg) {
     return uidriver::ListColumn(List(dlg), 0);
@@ -138,17 +117,6 @@ std::wstring Selected(HWND dlg) {
     SendMessageW(Tree(dlg), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item));
     return text;
 }
-Texts ComboTexts(HWND dlg, int ctrlId) {
-    const HWND combo = uidriver::Control(dlg, ctrlId);
-    Texts texts;
-    const auto count = static_cast<WPARAM>(SendMessageW(combo, CB_GETCOUNT, 0, 0));
-    for (WPARAM i = 0; i < count; ++i) {
-        std::wstring text(static_cast<std::size_t>(SendMessageW(combo, CB_GETLBTEXTLEN, i, 0)), L'\0');
-        SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()));
-        texts.push_back(text);
-    }
-    return texts;
-}
 /// Picks an entry as the user does who types its beginning.
 void Pick(HWND dlg, int ctrlId, const wchar_t* text) {
     const HWND combo = uidriver::Control(dlg, ctrlId);
@@ -157,12 +125,6 @@ void Pick(HWND dlg, int ctrlId, const wchar_t* text) {
     ASSERT_GE(SendMessageW(combo, CB_SELECTSTRING, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(text)), 0);
     SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(ctrlId, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
 }
-void SelectInTree(HWND dlg, const wchar_t* text) {
-    const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), text);
-    TreeView_EnsureVisible(Tree(dlg), item);
-    uidriver::ClickTreeItem(Tree(dlg), item);
-}
-
 /// The user's decimal separator, in a scope.
 class DecimalSeparator {
 public:
@@ -190,48 +152,15 @@ Property AirFlow() {
     return rule;
 }
 
-class RuleEditorTest : public testing::Test {
+class RuleEditorTest : public DialogTest {
 protected:
-    void SetUp() override {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
-    }
-    void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest"); }
-
-    /// Adds a step that works on the dialog.
-    void Step(std::function<void(HWND)> step) {
-        script_.Then([this, step] { step(dlg_); });
-    }
-    void Press(int ctrlId) {
-        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
-    }
-    void Key(int key, const std::vector<int>& modifiers = {}) {
-        Step([=](HWND) { uidriver::Key(key, modifiers); });
-    }
-    void Enter(int ctrlId, const std::wstring& text) {
-        Step([=](HWND dlg) { uidriver::SetText(dlg, ctrlId, text); });
-    }
     void Choose(const wchar_t* property) {
-        Step([=](HWND dlg) { SelectInTree(dlg, property); });
+        Step([=](HWND dlg) { ClickInTree(Tree(dlg), property); });
     }
     int Run() {
-        script_.Start();
-        const int result = Dlg::Edit(Lng::Electrical, nullptr, host_.Get(), rule_);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
-    }
-    /// Presses OK and expects to stay, with the focus on what is wrong.
-    void ExpectRefused(int ctrlId) {
-        Press(IDOK);
-        Step([ctrlId](HWND dlg) {
-            EXPECT_EQ(uidriver::TopDialog(), dlg);
-            EXPECT_TRUE(HasFocus(dlg, ctrlId)) << ctrlId << " but " << GetDlgCtrlID(GetFocus());
-        });
+        return RunSteps([&] { return Dlg::Edit(Lng::Electrical, parent_, host_.Get(), rule_); });
     }
 
-    HWND dlg_ = nullptr;
-    Script script_;
     Host host_;
     Property rule_ = AirFlow();
 };
@@ -306,9 +235,7 @@ TEST_F(RuleEditorTest, CancelAndFailureLeaveTheRule) {
     EXPECT_EQ(rule_, AirFlow());
 
     EXPECT_EQ(Dlg::Edit(Lng::Hpv, nullptr, nullptr, rule_), -1) << "no host";
-    const HWND gone = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-    DestroyWindow(gone);
-    EXPECT_EQ(Dlg::Edit(Lng::Hpv, gone, host_.Get(), rule_), -1);
+    EXPECT_EQ(Dlg::Edit(Lng::Hpv, GoneWindow(), host_.Get(), rule_), -1);
     EXPECT_EQ(rule_, AirFlow());
 }
 
@@ -369,7 +296,7 @@ TEST_F(RuleEditorTest, CriteriaAreInsertedAndRemovedByButtonKeyAndMenu) {
         SetFocus(List(dlg));
         PostMessageW(dlg, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List(dlg)), -1);
     });
-    script_.Then([] {
+    Step([] {
         const auto menu = reinterpret_cast<HMENU>(SendMessageW(FindWindowW(L"#32768", nullptr), MN_GETHMENU, 0, 0));
         wchar_t text[64] = L"";
         GetMenuStringW(menu, 0, text, 64, MF_BYPOSITION);
@@ -483,7 +410,7 @@ TEST_F(RuleEditorTest, OfManyChoicesTheValueIsChosenInATree) {
         EXPECT_TRUE(GetWindowLongW(uidriver::Control(dlg, IDC_OBJSELPROP_VALUE), GWL_STYLE) & ES_READONLY);
     });
     Press(IDC_OBJSELPROP_CHOOSE);
-    script_.WithNewDialog([](HWND ask) {
+    InNewDialog([](HWND ask) {
         EXPECT_EQ(uidriver::Text(ask), L"System - OrvaCAD Electrical");
         const HWND tree = uidriver::Control(ask, kAskTree);
         TreeView_SelectItem(tree, uidriver::FindTreeItem(tree, L"System 3"));
@@ -519,11 +446,7 @@ TEST_F(RuleEditorTest, WithoutValuesToChooseFromTheUserIsToldToTypeOne) {
     rule_.propId = 30;
     Step([](HWND dlg) { EXPECT_TRUE(Visible(dlg, IDC_OBJSELPROP_VALUE)); });
     Press(IDC_OBJSELPROP_CHOOSE);
-    script_.WithNewDialog([](HWND message) {
-        EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)),
-                  L"The project has no values of this property to choose from.\nType the value instead.");
-        uidriver::Key(VK_RETURN);
-    });
+    ExpectMessage(L"The project has no values of this property to choose from.\nType the value instead.");
     Enter(IDC_OBJSELPROP_VALUE, L"typed");
     Press(IDOK);
     EXPECT_EQ(Run(), 0);
@@ -619,7 +542,7 @@ TEST_F(RuleEditorTest, AHostThatFailsIsOneThatAnswersNothing) {
         EXPECT_EQ(Values(dlg), (Texts{L"100.25", L"200"}));
     });
     Press(IDC_OBJSELPROP_CHOOSE);
-    script_.WithNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
+    InNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
     Press(IDOK);
     EXPECT_EQ(Run(), 0);
     EXPECT_EQ(rule_, AirFlow());
@@ -635,6 +558,7 @@ TEST_F(RuleEditorTest, BearsWithNonsenseAndVeryLongLists) {
     rule_.criteria.assign(20'000, {Property::Contains, L"x"});
     const Property before = rule_;
     Step([](HWND dlg) {
+        SendMessageW(Tree(dlg), WM_KEYDOWN, VK_SHIFT, 0);  // rows that are still to come do so at once
         EXPECT_EQ(TreeView_GetCount(Tree(dlg)), 20'001u);
         EXPECT_EQ(ListView_GetItemCount(List(dlg)), 20'000);
         EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_OPERATOR).size(), 12u);
@@ -646,23 +570,8 @@ TEST_F(RuleEditorTest, BearsWithNonsenseAndVeryLongLists) {
 }
 
 TEST_F(RuleEditorTest, ReopensWhereTheUserLeftIt) {
-    RECT left{};
-    Step([&](HWND dlg) {
-        SetWindowPos(dlg, nullptr, 60, 70, 900, 640, SWP_NOZORDER);
-        GetWindowRect(dlg, &left);
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    EXPECT_EQ(Run(), -1);
-    Script again;
-    again.WithNewDialog([&](HWND dlg) {
-        RECT now{};
-        GetWindowRect(dlg, &now);
-        EXPECT_TRUE(EqualRect(&now, &left));
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    again.Start();
-    EXPECT_EQ(Dlg::Edit(Lng::Hpv, nullptr, host_.Get(), rule_), -1);
-    EXPECT_TRUE(again.Finished()) << again.Failure();
+    const auto open = [this] { return Dlg::Edit(Lng::Hpv, parent_, host_.Get(), rule_); };
+    ExpectOpensWhereItWasLeft(open, open);
 }
 
 // ---- The list of rules, in the dialog of a selection
@@ -706,8 +615,7 @@ std::wstring TipOf(HWND list, int row) {
 
 class FilterRulesTest : public RuleEditorTest {
 protected:
-    void SetUp() override {
-        RuleEditorTest::SetUp();
+    FilterRulesTest() {
         data_.bySelectionSet = data_.currentDrawing = true;
         data_.filterRules = {
             Rule(12, {{Property::Greater, L"100"}, {Property::Less, L"200"}}
@@ -716,23 +624,10 @@ protected:
             Rule(77, {{Property::IsEmpty, L""}}
              )
         };
-        Step([](HWND dlg) {
-            const HWND categories = uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES);
-            HTREEITEM last = TreeView_GetRoot(categories);
-            for (HTREEITEM item = last; item;) {
-                last = item;
-                const HTREEITEM child = TreeView_GetChild(categories, item);
-                item = TreeView_GetNextSibling(categories, item) ? TreeView_GetNextSibling(categories, item) : child;
-            }
-            TreeView_EnsureVisible(categories, last);
-            uidriver::ClickTreeItem(categories, last);  // the data filter
-        });
+        Step([](HWND dlg) { ClickInTree(uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES), L"Data filter"); });
     }
     int RunSelection() {
-        script_.Start();
-        const int result = Dlg::Edit(Lng::Hpv, nullptr, host_.Get(), data_, 0);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
+        return RunSteps([&] { return Dlg::Edit(Lng::Hpv, parent_, host_.Get(), data_, 0); });
     }
     void ExpectRows(const Texts& texts) {
         Step([texts](HWND dlg) { EXPECT_EQ(uidriver::ListColumn(Rules(dlg), 0), texts); });
@@ -742,9 +637,9 @@ protected:
     }
     /// In the rule editor that has opened: chooses a property, gives a value and confirms.
     void EditRule(const wchar_t* property, const wchar_t* value) {
-        script_.WithNewDialog([=](HWND editor) { SelectInTree(editor, property); });
-        script_.Then([=] { uidriver::SetText(uidriver::TopDialog(), IDC_OBJSELPROP_VALUE, value); });
-        script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+        InNewDialog([=](HWND editor) { ClickInTree(Tree(editor), property); });
+        Step([=] { uidriver::SetText(uidriver::TopDialog(), IDC_OBJSELPROP_VALUE, value); });
+        Step([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
     }
 
     ObjectSelection::Data data_;
@@ -777,7 +672,7 @@ TEST_F(FilterRulesTest, AddsAtTheSelectedRowOrAtTheEnd) {
     ExpectRows({L"Air flow", L"Pressure", L"Layer", L"Unknown property 77", L"Product"});
     Step([](HWND dlg) { EXPECT_EQ(ListView_GetNextItem(Rules(dlg), -1, LVNI_SELECTED), 1) << "the new one"; });
     Key(VK_INSERT);
-    script_.WithNewDialog([](HWND editor) { uidriver::Click(editor, IDCANCEL); });
+    InNewDialog([](HWND editor) { uidriver::Click(editor, IDCANCEL); });
     Press(IDOK);
     EXPECT_EQ(RunSelection(), 0);
     ASSERT_EQ(data_.filterRules.size(), 5u);
@@ -796,7 +691,7 @@ TEST_F(FilterRulesTest, EditsByDoubleClickEnterAndF2) {
     EditRule(L"Pressure", L"PIPE");
     ExpectRows({L"Air flow", L"Pressure", L"Unknown property 77"});
     Key(VK_F2);
-    script_.WithNewDialog([](HWND editor) {
+    InNewDialog([](HWND editor) {
         EXPECT_EQ(Operators(editor), (Texts{L"Contains"}));
         uidriver::Click(editor, IDCANCEL);
     });

@@ -5,20 +5,21 @@
 #include <sqlite3.h>
 #include <windows.h>
 
-#include <shellapi.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/KilledChild.h"
+#include "support/TestFolder.h"
 
 namespace {
 
@@ -79,30 +80,8 @@ std::vector<std::string> IdsOf(const QBaseDb& db, const char* type = kType) {
     return ids;
 }
 
-// ---- files ----
-
-std::string BytesOf(const std::wstring& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteBytes(const std::wstring& path, const std::string& bytes) {
-    std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
-}
-
-/// An empty folder for each test, with a name that no code page holds entirely.
 class QBaseDbTest : public testing::Test {
 protected:
-    QBaseDbTest() {
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-    }
-    ~QBaseDbTest() override {
-        SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-
     /// Opening gives that status and a text that names the file; nothing works, and the file stays as it is.
     void ExpectRefused(Status status) {
         const std::string before = BytesOf(path_);
@@ -131,8 +110,8 @@ protected:
         ASSERT_TRUE(scope.End());
     }
 
-    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / L"Päätietokanta база";
-    const std::wstring path_ = (folder_ / L"project.db").wstring();
+    const TestFolder folder_;
+    const std::wstring path_ = folder_.File(L"project.db");
 };
 
 // ---- records ----
@@ -351,6 +330,23 @@ TEST_F(QBaseDbTest, AFailedWriteSpoilsItsScope) {
     EXPECT_EQ(Put(db, "4", L"four"), 0) << "the next scope is a new one";
 }
 
+TEST_F(QBaseDbTest, AScopeIsSpoiledWhenItCannotBeToldWhetherARecordExists) {
+    QBaseDb db(path_.c_str());
+    EXPECT_EQ(Put(db, "1", L"one"), 0);
+    Database other(path_, OpenMode::ReadWrite, 0ms);
+    other.Execute("ALTER TABLE qbase_record RENAME TO away");
+    for (const int kind : {kReading, kWriting}) {
+        Scope scope(db, kind, 1);
+        EXPECT_TRUE(scope.IsOpen());
+        EXPECT_FALSE(db.existRec(kType, "1"));
+        EXPECT_FALSE(scope.End()) << "else its id would be taken for a free one";
+    }
+    other.Execute("ALTER TABLE away RENAME TO qbase_record");
+    Scope scope(db, kReading, 1);
+    EXPECT_TRUE(db.existRec(kType, "1"));
+    EXPECT_TRUE(scope.End());
+}
+
 TEST_F(QBaseDbTest, AReadScopeSeesOneStateAndDoesNotWrite) {
     QBaseDb db(path_.c_str());
     QBaseDb other(path_.c_str(), 0);
@@ -443,9 +439,9 @@ TEST_F(QBaseDbTest, RefusesWhatIsNoDatabase) {
         WriteBytes(path_, bytes);
         ExpectRefused(Status::NoDatabase);
     }
-    EXPECT_EQ(QBaseDb(folder_.c_str()).GetStatus(), Status::NoDatabase);
+    EXPECT_EQ(QBaseDb(folder_.Path().c_str()).GetStatus(), Status::NoDatabase);
     EXPECT_EQ(QBaseDb(L"").GetStatus(), Status::NotFound);
-    EXPECT_EQ(QBaseDb((folder_ / L"none" / L"x.db").c_str()).GetStatus(), Status::NotFound);
+    EXPECT_EQ(QBaseDb(folder_.File(L"none\\x.db").c_str()).GetStatus(), Status::NotFound);
 
     WriteBytes(path_, "");
     QBaseDb db(path_.c_str());
@@ -510,7 +506,7 @@ TEST_F(QBaseDbTest, AReadOnlyFileIsReadAndLeftAlone) {
     EXPECT_FALSE(Scope(db, kWriting, 1).IsOpen());
     EXPECT_TRUE(Scope(db, kReading, 1).IsOpen());
     EXPECT_EQ(BytesOf(path_), before);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1) << "no files beside it";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.Path()), {}), 1) << "no files beside it";
 }
 
 TEST_F(QBaseDbTest, AReadOnlyFileIsReadWithWhatOnlyItsLogHolds) {
@@ -599,86 +595,22 @@ int ExpectWholeSets(const QBaseDb& db, const char* type) {
     return last;
 }
 
-/// This program again, writing sets of a type up to a number, each of which it reports when it is in the file.
-class Writer {
-public:
-    Writer(const std::wstring& path, const std::string& type, int upTo) {
-        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-        HANDLE report = nullptr;
-        CreatePipe(&reports_, &report, &inherited, 1 << 20);
-        SetHandleInformation(reports_, HANDLE_FLAG_INHERIT, 0);
-        wchar_t program[MAX_PATH] = L"";
-        GetModuleFileNameW(nullptr, program, MAX_PATH);
-        std::wstring command = L"\"" + std::wstring(program) +
-                               L"\" --gtest_filter=QBaseDbWriter.* --gtest_also_run_disabled_tests --gtest_brief=1 " +
-                               std::wstring(type.begin(), type.end()) + L" " + std::to_wstring(upTo) + L" " +
-                               std::to_wstring(reinterpret_cast<std::uintptr_t>(report)) + L" \"" + path + L"\"";
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        EXPECT_TRUE(
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process_));
-        CloseHandle(report);
-    }
-    ~Writer() {
-        CloseHandle(process_.hThread);
-        CloseHandle(process_.hProcess);
-        CloseHandle(reports_);
-    }
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
+/// A child that writes sets of a type up to a number, each of which it reports when it is in the file.
+KilledChild Writer(const wchar_t* type, int upTo, const std::wstring& path) {
+    return {L"QBaseDbChild.DISABLED_WritesSets", std::wstring(type) + L" " + std::to_wstring(upTo) + L" " + path};
+}
 
-    /// The next set that was reported; 0 when the process has ended.
-    int Next() {
-        int set = 0;
-        DWORD read = 0;
-        return ReadFile(reports_, &set, sizeof set, &read, nullptr) && read == sizeof set ? set : 0;
-    }
-    /// Returns as soon as the file is there, or the process has ended.
-    void AwaitFile(const std::wstring& path) const {
-        while (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES &&
-               WaitForSingleObject(process_.hProcess, 0) == WAIT_TIMEOUT) {
-            SwitchToThread();
-        }
-    }
-    /// Lets it run for some time, then ends it in the midst of what it does. The last set that was reported.
-    int KillAfter(unsigned milliseconds) {
-        WaitForSingleObject(process_.hProcess, milliseconds);
-        TerminateProcess(process_.hProcess, 42);
-        WaitForSingleObject(process_.hProcess, INFINITE);
-        int last = 0;
-        while (const int set = Next())
-            last = set;
-        return last;
-    }
-    DWORD ExitCode() {
-        WaitForSingleObject(process_.hProcess, INFINITE);
-        DWORD code = 0;
-        GetExitCodeProcess(process_.hProcess, &code);
-        return code;
-    }
-
-private:
-    HANDLE reports_ = nullptr;
-    PROCESS_INFORMATION process_{};
-};
-
-/// What a Writer runs.
-TEST(QBaseDbWriter, DISABLED_WritesSets) {
-    int count = 0;
-    wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
-    ASSERT_GE(count, 5);
-    const std::wstring wideType = arguments[count - 4];
+TEST(QBaseDbChild, DISABLED_WritesSets) {
+    std::wistringstream argument(KilledChild::Argument());
+    std::wstring wideType, path;
+    int upTo = 0;
+    std::getline(argument >> wideType >> upTo >> std::ws, path);
     const std::string type(wideType.begin(), wideType.end());
-    const int upTo = std::stoi(arguments[count - 3]);
-    const auto report = reinterpret_cast<HANDLE>(std::stoull(arguments[count - 2]));
-    QBaseDb db(arguments[count - 1]);
-    LocalFree(arguments);
-
+    QBaseDb db(path.c_str());
     const auto last = NameOf(db, kLast, type.c_str());
     for (int set = last ? std::stoi(*last) + 1 : 1; set <= upTo; ++set) {
         ASSERT_TRUE(WriteSet(db, type.c_str(), set)) << set;
-        DWORD written = 0;
-        ASSERT_TRUE(WriteFile(report, &set, sizeof set, &written, nullptr));
+        KilledChild::Report(set);
     }
 }
 
@@ -693,20 +625,20 @@ TEST_F(QBaseDbTest, WhatWasCommittedSurvivesAKillAndNothingIsHalf) {
         // Some are killed as they make a file of their own, the others as they go on with what is there.
         const bool fresh = kill % 4 == 0;
         const std::wstring path = fresh ? path_ + std::to_wstring(kill) : path_;
-        int reported = fresh ? 0 : inFile;
-        {
-            Writer writer(path, kType, kEndless);
-            if (fresh) {
-                writer.AwaitFile(path);
-            } else {
-                reported = std::max(reported, writer.Next());
-            }
-            reported = std::max(reported, writer.KillAfter(random() % (fresh ? 6 : 30)));
+        const int before = fresh ? 0 : inFile;
+        KilledChild writer = Writer(L"UP", kEndless, path);
+        if (fresh) {
+            while (!std::filesystem::exists(path) && !writer.HasEnded())
+                SwitchToThread();
+        } else {
+            EXPECT_TRUE(writer.HasReported(before + 1));
         }
+        EXPECT_FALSE(writer.HasEnded(random() % (fresh ? 6 : 30))) << "it goes on until it is killed";
+        writer.Kill();
         QBaseDb db(path.c_str());
         ASSERT_EQ(db.GetStatus(), Status::Open);
         const int last = ExpectWholeSets(db, kType);
-        EXPECT_GE(last, reported);
+        EXPECT_GE(last, std::max(before, static_cast<int>(writer.Reported())));
         EXPECT_EQ(Database(path, OpenMode::ReadWrite, 0ms).TextOf("PRAGMA integrity_check"), L"ok");
         EXPECT_TRUE(WriteSet(db, kType, last + 1));
         inFile = fresh ? inFile : last + 1;
@@ -719,10 +651,10 @@ TEST_F(QBaseDbTest, WhatWasCommittedSurvivesAKillAndNothingIsHalf) {
 
 TEST_F(QBaseDbTest, ProcessesThatWriteAtOnceWaitForEachOther) {
     constexpr int kSets = 150;
-    Writer first(path_, "AA", kSets);  // which of them makes the file is a matter of chance
-    Writer second(path_, "BB", kSets);
-    EXPECT_EQ(first.ExitCode(), 0u);
-    EXPECT_EQ(second.ExitCode(), 0u);
+    const KilledChild first = Writer(L"AA", kSets, path_);  // which of them makes the file is a matter of chance
+    const KilledChild second = Writer(L"BB", kSets, path_);
+    EXPECT_TRUE(first.Passed());
+    EXPECT_TRUE(second.Passed());
     const QBaseDb db(path_.c_str());
     EXPECT_EQ(ExpectWholeSets(db, "AA"), kSets);
     EXPECT_EQ(ExpectWholeSets(db, "BB"), kSets);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <occommonui/ReportTemplate.h>
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -17,11 +16,10 @@
 
 #include "host/driver/UiDriver.h"
 #include "report_ids.h"
+#include "support/DialogTest.h"
 
 namespace {
 
-using uidriver::Script;
-using Texts = std::vector<std::wstring>;
 using Ids = std::vector<int>;
 
 constexpr int kSize = static_cast<int>(sizeof(ReportDefinitionType));
@@ -110,22 +108,6 @@ Ids Columns(const ReportDefinitionType& definition) {
     return ids;
 }
 
-/// What is shown: mnemonics are a matter of the toolkit.
-std::wstring Shown(HWND dlg, int ctrlId) {
-    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
-    std::erase(text, L'&');
-    return text;
-}
-
-bool Enabled(HWND dlg, int ctrlId) {
-    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-bool Visible(HWND dlg, int ctrlId) {
-    return IsWindowVisible(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-bool Focused(HWND dlg, int ctrlId) {
-    return GetFocus() == uidriver::Control(dlg, ctrlId);
-}
 HWND Tree(HWND dlg) {
     return uidriver::Control(dlg, IDC_REPORTTEMPLATE_OBJECTS);
 }
@@ -143,7 +125,7 @@ int CheckOf(HWND dlg, const wchar_t* text) {
     return gwTVgetCheck(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), text));
 }
 void ClickCheck(HWND dlg, const wchar_t* text) {
-    uidriver::ClickTreeItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), text), true);
+    ClickInTree(Tree(dlg), text, true);
 }
 
 int RowOf(HWND list, const wchar_t* text) {
@@ -160,12 +142,6 @@ void SelectRows(HWND list, const Ids& rows) {
     SetFocus(list);
 }
 
-POINT MiddleOf(HWND list, int row) {
-    RECT rect{};
-    ListView_GetItemRect(list, row, &rect, LVIR_BOUNDS);
-    return {rect.left + 20, (rect.top + rect.bottom) / 2};
-}
-
 /// The upper edge of a row, where what is dropped goes before it.
 POINT EdgeOf(HWND list, int row) {
     RECT rect{};
@@ -175,10 +151,11 @@ POINT EdgeOf(HWND list, int row) {
 
 /// Moves the mouse with the button down from a row of `from` to a place in `to`.
 void Drag(HWND from, int row, HWND to, POINT place) {
-    const POINT start = MiddleOf(from, row);
+    RECT rect{};
+    ListView_GetItemRect(from, row, &rect, LVIR_BOUNDS);
     MapWindowPoints(to, from, &place, 1);
-    PostMessageW(from, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(start.x, start.y));
-    PostMessageW(from, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(start.x + 20, start.y + 20));
+    PostMessageW(from, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(rect.left + 20, rect.top + 5));
+    PostMessageW(from, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(rect.left + 40, rect.top + 25));
     PostMessageW(from, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(place.x, place.y));
 }
 void Drop(HWND from, HWND to, POINT place) {
@@ -193,91 +170,32 @@ RECT RectOf(HWND dlg, int ctrlId) {
     return rect;
 }
 
-/// The pixels of a window's client area with all that is in it.
-std::vector<DWORD> Picture(HWND window) {
-    RECT rect{};
-    GetClientRect(window, &rect);
-    BITMAPINFO info{};
-    info.bmiHeader = {sizeof info.bmiHeader, rect.right, -rect.bottom, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void* bits = nullptr;
-    const HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HDC from = GetDC(window);
-    const HDC to = CreateCompatibleDC(from);
-    const HGDIOBJ before = SelectObject(to, bitmap);
-    BitBlt(to, 0, 0, rect.right, rect.bottom, from, 0, 0, SRCCOPY);
-    GdiFlush();
-    const auto* const pixels = static_cast<const DWORD*>(bits);
-    std::vector<DWORD> picture(pixels, pixels + std::ptrdiff_t{rect.right} * rect.bottom);
-    SelectObject(to, before);
-    DeleteDC(to);
-    ReleaseDC(window, from);
-    DeleteObject(bitmap);
-    return picture;
-}
-
-class ReportDlgTest : public testing::Test {
-protected:
-    void SetUp() override {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
-                                  nullptr, nullptr, nullptr);
-    }
-    void TearDown() override {
-        DestroyWindow(parent_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    /// Catches the dialog; every script begins with it.
-    void Open() {
-        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
-    }
-    /// Adds a step that works on the dialog.
-    void Step(std::function<void(HWND)> step) {
-        script_.Then([this, step] { step(dlg_); });
-    }
-    void Press(int ctrlId) {
-        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
-    }
-    void Type(int ctrlId, const std::wstring& text) {
-        Step([=](HWND dlg) { uidriver::SetText(dlg, ctrlId, text); });
-    }
-    void Key(int key, const std::vector<int>& modifiers = {}) {
-        script_.Then([=] { uidriver::Key(key, modifiers); });
-    }
-    /// A message box that says this, closed by Enter.
-    void Message(const wchar_t* text) {
-        script_.WithNewDialog([=](HWND message) {
-            EXPECT_EQ(uidriver::Text(message), L"OrvaCAD");
-            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), text);
-            uidriver::Key(VK_RETURN);
-        });
-    }
-    /// The dialog is still there, with the focus on the control.
-    void Refused(int ctrlId) {
-        Step([=](HWND dlg) {
-            EXPECT_EQ(uidriver::TopDialog(), dlg);
-            EXPECT_TRUE(Focused(dlg, ctrlId));
-        });
-    }
-
-    HWND parent_ = nullptr;
-    HWND dlg_ = nullptr;
-    Script script_;
-};
-
-class ReportTemplateDlgTest : public ReportDlgTest {
+class ReportTemplateDlgTest : public DialogTest {
 protected:
     ReportTemplateDlgTest() {
         context_.objects = Objects();
         context_.properties = Properties();
     }
 
-    bool Run(ReportType type = BillOfMaterials) {
-        script_.Start();
-        const bool result = ReportTemplate::Edit(parent_, Lng::Hpv, type, &definition_, kSize, &context_, &names_);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
+    bool Run(ReportType type, void* record) {
+        return RunSteps(
+            [&] { return ReportTemplate::Edit(parent_, Lng::Hpv, type, record, kSize, &context_, &names_); });
+    }
+    void Confirm(ReportType type = BillOfMaterials) {
+        Press(IDOK);
+        EXPECT_TRUE(Run(type, &definition_));
+    }
+    void Cancel(ReportType type = BillOfMaterials) {
+        Press(IDCANCEL);
+        EXPECT_FALSE(Run(type, &definition_));
+    }
+    /// Drags a row of a list to a place in the list of columns.
+    void DragTo(HWND (*from)(HWND), int row, const std::function<POINT(HWND)>& place) {
+        Step([=](HWND dlg) { Drag(from(dlg), row, List(dlg), place(List(dlg))); });
+        Step([=](HWND dlg) { Drop(from(dlg), List(dlg), place(List(dlg))); });
+    }
+    static std::function<POINT(HWND)> Before(int row) {
+        return [row](HWND list) { return EdgeOf(list, row); };
     }
     void ExpectRows(const Texts& rows) {
         Step([=](HWND dlg) { EXPECT_EQ(Rows(dlg), rows); });
@@ -290,7 +208,6 @@ protected:
 
 TEST_F(ReportTemplateDlgTest, ShowsTheTemplateAndOffersOkOnlyAfterAChange) {
     names_[1] = L"Cut length";
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Report Template Edit - OrvaCAD HPV");
         EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_NAME), L"Ducts and pipes");
@@ -299,7 +216,7 @@ TEST_F(ReportTemplateDlgTest, ShowsTheTemplateAndOffersOkOnlyAfterAChange) {
         EXPECT_EQ(uidriver::ListColumn(List(dlg), 1), (Texts{L"25", L"30", L"13"}));
         EXPECT_EQ(uidriver::ListColumn(List(dlg), 2), (Texts{L"L", L"H", L"X"}));
         EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"68");
-        EXPECT_TRUE(Focused(dlg, IDC_REPORTTEMPLATE_NAME));
+        EXPECT_TRUE(HasFocus(dlg, IDC_REPORTTEMPLATE_NAME));
         EXPECT_FALSE(Enabled(dlg, IDOK));
     });
     Key(VK_RETURN);  // OK is the default button, but there is nothing to confirm
@@ -308,25 +225,13 @@ TEST_F(ReportTemplateDlgTest, ShowsTheTemplateAndOffersOkOnlyAfterAChange) {
         SendMessageW(dlg, WM_COMMAND, IDOK, 0);
         EXPECT_TRUE(IsWindowVisible(dlg));
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    Cancel();
     EXPECT_TRUE(Same(definition_, Template()));
 }
 
 TEST_F(ReportTemplateDlgTest, HasTheLabelsOfItsKindOfReport) {
-    struct Kind {
-        ReportType type;
-        const wchar_t* caption;
-        bool characters;
-    };
-    for (const Kind& kind : {
-             Kind{Legend,       L"Legend Template Edit - OrvaCAD HPV", false},
-             Kind{ExportReport, L"Report Template Edit - OrvaCAD HPV", false},
-             Kind{TextBlock,    L"Report Template Edit - OrvaCAD HPV", true }
-    }) {
-        Script script;
-        script.WithNewDialog([&](HWND dlg) {
-            EXPECT_EQ(uidriver::Text(dlg), kind.caption);
+    for (const ReportType type : {Legend, TextBlock}) {
+        Step([type](HWND dlg) {
             const std::pair<int, const wchar_t*> texts[] = {
                 {104, L"Template name"              },
                 {105, L"Description"                },
@@ -342,15 +247,14 @@ TEST_F(ReportTemplateDlgTest, HasTheLabelsOfItsKindOfReport) {
             };
             for (const auto& [id, text] : texts)
                 EXPECT_EQ(Shown(dlg, id), text);
+            EXPECT_EQ(uidriver::Text(dlg),
+                      type == Legend ? L"Legend Template Edit - OrvaCAD HPV" : L"Report Template Edit - OrvaCAD HPV");
             for (const int id : {150, 222})
-                EXPECT_EQ(Visible(dlg, id), !kind.characters) << id;
+                EXPECT_EQ(Visible(dlg, id), type == Legend) << id;
             for (const int id : {151, 225})
-                EXPECT_EQ(Visible(dlg, id), kind.characters) << id;
-            uidriver::Click(dlg, IDCANCEL);
+                EXPECT_EQ(Visible(dlg, id), type == TextBlock) << id;
         });
-        script.Start();
-        ReportTemplate::Edit(parent_, Lng::Hpv, kind.type, &definition_, kSize, &context_, nullptr);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
+        Cancel(type);
     }
 }
 
@@ -364,17 +268,13 @@ TEST_F(ReportTemplateDlgTest, RefusesOtherSizesAndNoRecordWithoutAWindow) {
 }
 
 TEST_F(ReportTemplateDlgTest, CancelLeavesEveryByteWhateverWasChanged) {
-    Open();
-    Type(IDC_REPORTTEMPLATE_NAME, L"Other");
-    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"Other");
+    Enter(IDC_REPORTTEMPLATE_NAME, L"Other");
+    Enter(IDC_REPORTTEMPLATE_DESCRIPTION, L"Other");
     Step([](HWND dlg) { ClickCheck(dlg, L"Pipes"); });
     Step([](HWND dlg) { ClickAttribute(dlg, L"Symbol", true); });
-    Step([](HWND dlg) {
-        EXPECT_EQ(Rows(dlg).size(), 4u);
-        EXPECT_TRUE(Enabled(dlg, IDOK));
-    });
+    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDOK)); });
     Key(VK_ESCAPE);
-    EXPECT_FALSE(Run());
+    EXPECT_FALSE(Run(Legend, &definition_));
     EXPECT_TRUE(Same(definition_, Template()));
 }
 
@@ -390,12 +290,9 @@ TEST_F(ReportTemplateDlgTest, ANewNameLeavesEveryOtherByte) {
         record[offset] = 0;
     record[1402] = 1;
     const std::vector<unsigned char> before = bytes;
-    Open();
-    Type(IDC_REPORTTEMPLATE_NAME, L"New name");
+    Enter(IDC_REPORTTEMPLATE_NAME, L"New name");
     Press(IDOK);
-    script_.Start();
-    EXPECT_TRUE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, record, kSize, &context_, nullptr));
-    EXPECT_TRUE(script_.Finished()) << script_.Failure();
+    EXPECT_TRUE(Run(Legend, record));
 
     ReportDefinitionType after;
     std::memcpy(&after, record, sizeof after);
@@ -404,49 +301,25 @@ TEST_F(ReportTemplateDlgTest, ANewNameLeavesEveryOtherByte) {
     EXPECT_TRUE(bytes == before);
 }
 
-TEST_F(ReportTemplateDlgTest, OnceChangedOkStaysEvenWhenTheTextIsAsBefore) {
-    Open();
-    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"x");
-    Type(IDC_REPORTTEMPLATE_DESCRIPTION, L"For the contractor");
-    Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDOK)); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_TRUE(Same(definition_, Template()));
-}
-
-TEST_F(ReportTemplateDlgTest, HoldsTextsToTheirLengths) {
-    Open();
-    Type(IDC_REPORTTEMPLATE_NAME, std::wstring(50, L'n'));
-    Type(IDC_REPORTTEMPLATE_DESCRIPTION, std::wstring(300, L'd'));
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), std::wstring(40, L'n'));
-    EXPECT_EQ(FixedText<&ReportDefinitionType::description>(definition_), std::wstring(256, L'd'));
-}
-
-TEST_F(ReportTemplateDlgTest, NeedsANameAndAColumn) {
-    Open();
-    Type(IDC_REPORTTEMPLATE_NAME, L"  ");
+TEST_F(ReportTemplateDlgTest, NeedsANameAndAColumnAndHoldsTextsToTheirLengths) {
+    Enter(IDC_REPORTTEMPLATE_NAME, L"  ");
+    Enter(IDC_REPORTTEMPLATE_DESCRIPTION, std::wstring(300, L'd'));
     Step([](HWND dlg) { SelectRows(List(dlg), {0, 1, 2}); });
     Key(VK_DELETE);
     ExpectRows({});
-    Press(IDOK);
-    Refused(IDC_REPORTTEMPLATE_NAME);
-    Type(IDC_REPORTTEMPLATE_NAME, L"Named");
-    Press(IDOK);
-    Refused(IDC_REPORTTEMPLATE_COLUMNS);
+    ExpectRefused(IDC_REPORTTEMPLATE_NAME);
+    Enter(IDC_REPORTTEMPLATE_NAME, std::wstring(50, L'n'));
+    ExpectRefused(IDC_REPORTTEMPLATE_COLUMNS);
     Step([](HWND dlg) { ClickAttribute(dlg, L"Height", true); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), L"Named");
+    Confirm();
+    EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), std::wstring(40, L'n'));
+    EXPECT_EQ(FixedText<&ReportDefinitionType::description>(definition_), std::wstring(256, L'd'));
     EXPECT_EQ(Columns(definition_), (Ids{2}));
-    const oce_columntype none;
     for (int i = 1; i < 3; ++i)
-        EXPECT_TRUE(Same(definition_.columns[i], none)) << "what became free is zero";
+        EXPECT_TRUE(Same(definition_.columns[i], oce_columntype())) << "what became free is zero";
 }
 
-TEST_F(ReportTemplateDlgTest, ChecksTheStoredGroupsWithAllBelowThem) {
-    Open();
+TEST_F(ReportTemplateDlgTest, ChecksAGroupWithAllBelowItAndStoresTheTopmost) {
     Step([](HWND dlg) {
         for (const wchar_t* text : {L"Bends", L"Bend 90°", L"Bend 45°", L"Round duct", L"My duct"})
             EXPECT_EQ(CheckOf(dlg, text), kTreeChecked);
@@ -454,67 +327,45 @@ TEST_F(ReportTemplateDlgTest, ChecksTheStoredGroupsWithAllBelowThem) {
             EXPECT_EQ(CheckOf(dlg, text), kTreePartial);
         for (const wchar_t* text : {L"Pipes", L"Copper pipe", L"Rectangular duct", L"My damper"})
             EXPECT_EQ(CheckOf(dlg, text), kTreeUnchecked);
+        ClickCheck(dlg, L"Pipes");
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
-}
-
-TEST_F(ReportTemplateDlgTest, StoresTheTopmostGroupsInTreeOrderAndKeepsUnknownOnes) {
-    Open();
-    Step([](HWND dlg) { ClickCheck(dlg, L"Pipes"); });
     Step([](HWND dlg) {
         EXPECT_EQ(CheckOf(dlg, L"Copper pipe"), kTreeChecked);
         EXPECT_TRUE(Enabled(dlg, IDOK));
+        ClickCheck(dlg, L"Bend 45°");
     });
-    Step([](HWND dlg) { ClickCheck(dlg, L"Bend 45°"); });
     Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Bends"), kTreePartial); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(Groups(definition_), (Ids{11, 21, 30, 999}));
+    Confirm();
+    EXPECT_EQ(Groups(definition_), (Ids{11, 21, 30, 999})) << "in tree order, and behind them the unknown one";
     EXPECT_EQ(Columns(definition_), Columns(Template()));
-}
 
-TEST_F(ReportTemplateDlgTest, AHeadingChecksTheGroupsBelowIt) {
-    Open();
-    Step([](HWND dlg) { ClickCheck(dlg, L"Favourites"); });
-    Step([](HWND dlg) {
-        TreeView_SelectItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), L"Ventilation"));
-        SetFocus(Tree(dlg));
-    });
-    Key(VK_SPACE);
-    Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Rectangular duct"), kTreeChecked); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(Groups(definition_), (Ids{10, 20, 11, 40, 999}));
-}
-
-TEST_F(ReportTemplateDlgTest, FreesTheGroupsThatAreLeftOut) {
-    Open();
+    definition_ = Template();
     Step([](HWND dlg) { ClickCheck(dlg, L"Bends"); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(Groups(definition_), (Ids{11, 999}));
-    EXPECT_EQ(definition_.groups[2], 0);
+    EXPECT_EQ(definition_.groups[2], 0) << "what became free is zero";
 }
 
 TEST_F(ReportTemplateDlgTest, SearchingTheTreeKeepsTheChecksOfWhatItHides) {
-    Open();
-    Type(IDC_REPORTTEMPLATE_OBJECT_SEARCH, L"copper");
+    Enter(IDC_REPORTTEMPLATE_OBJECT_SEARCH, L"copper");
     Step([](HWND dlg) { EXPECT_EQ(uidriver::FindTreeItem(Tree(dlg), L"Ducts"), nullptr); });
     Key(VK_DOWN);
     Key(VK_RETURN);  // checks what was found
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::TopDialog(), dlg);
         EXPECT_EQ(CheckOf(dlg, L"Copper pipe"), kTreeChecked);
+        EXPECT_EQ(CheckOf(dlg, L"Pipes"), kTreePartial) << "for the pipe that is hidden";
     });
     Key(VK_ESCAPE);  // the search, not the dialog
     Step([](HWND dlg) {
         EXPECT_EQ(CheckOf(dlg, L"Pipes"), kTreePartial);
         EXPECT_EQ(CheckOf(dlg, L"Bends"), kTreeChecked);
+        TreeView_SelectItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), L"Favourites"));
+        SetFocus(Tree(dlg));
     });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(Groups(definition_), (Ids{11, 20, 32, 999}));
+    Key(VK_SPACE);
+    Confirm();
+    EXPECT_EQ(Groups(definition_), (Ids{11, 20, 32, 40, 999})) << "a heading stands for the groups below it";
 }
 
 TEST_F(ReportTemplateDlgTest, RefusesMoreThan200Groups) {
@@ -524,53 +375,36 @@ TEST_F(ReportTemplateDlgTest, RefusesMoreThan200Groups) {
     for (int i = 1; i <= 200; ++i)
         context_.objects.push_back(2, i, Lng::Hpv, -1, ustr(L"Part"));
     context_.objects.push_back(1, 201, Lng::Hpv, -1, ustr(L"Last part"));
-    Open();
     Step([](HWND dlg) { ClickCheck(dlg, L"Heading"); });
     Press(IDOK);  // 200, and 3 that the tree does not have
-    Message(L"A template can include at most 200 parts or groups.\nCheck whole groups, or fewer parts.");
-    Refused(IDC_REPORTTEMPLATE_OBJECTS);
+    ExpectMessage(L"A template can include at most 200 parts or groups.\nCheck whole groups, or fewer parts.");
+    Step([](HWND dlg) { EXPECT_TRUE(HasFocus(dlg, IDC_REPORTTEMPLATE_OBJECTS)); });
     Step([](HWND dlg) { ClickCheck(dlg, L"Everything"); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(Groups(definition_), (Ids{5000, 999}));
 }
 
-TEST_F(ReportTemplateDlgTest, OffersTheAttributesThatAReportCanShow) {
-    names_[2] = L"Höhe";
-    Open();
+TEST_F(ReportTemplateDlgTest, AddsByButtonDoubleClickAndEnterBehindTheSelectedRows) {
+    names_[1] = L"Länge";
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::ListColumn(Attributes(dlg), 0),
-                  (Texts{L"Length", L"Höhe", L"Débit d'air", L"Symbol", L"Placed by", L"My own"}));
+                  (Texts{L"Länge", L"Height", L"Débit d'air", L"Symbol", L"Placed by", L"My own"}));
         EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)) << "nothing is selected";
+        ClickAttribute(dlg, L"Symbol", true);
     });
-    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"hohe");
-    Step([](HWND dlg) {
-        EXPECT_EQ(uidriver::ListColumn(Attributes(dlg), 0), (Texts{L"Höhe"}));
-        EXPECT_TRUE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)) << "the first match is selected";
-    });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
-}
-
-TEST_F(ReportTemplateDlgTest, AddsByButtonDoubleClickAndEnterBehindTheSelectedRows) {
-    Open();
-    Step([](HWND dlg) { ClickAttribute(dlg, L"Symbol", true); });
-    ExpectRows({L"Length", L"Height", L"Unknown property 555", L"Symbol"});
+    ExpectRows({L"Länge", L"Height", L"Unknown property 555", L"Symbol"});
     Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
     Step([](HWND dlg) { SelectRows(Attributes(dlg), {2, 4}); });
     Press(IDC_REPORTTEMPLATE_ADD);
-    ExpectRows({L"Length", L"Débit d'air", L"Placed by", L"Height", L"Unknown property 555", L"Symbol"});
+    ExpectRows({L"Länge", L"Débit d'air", L"Placed by", L"Height", L"Unknown property 555", L"Symbol"});
     Step([](HWND dlg) { ClickAttribute(dlg, L"My own"); });
     Key(VK_RETURN);
-    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"len");
+    Enter(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"lang");
     Key(VK_RETURN);
-    ExpectRows(
-        {L"Length", L"Débit d'air", L"Placed by", L"My own", L"Length", L"Height", L"Unknown property 555", L"Symbol"});
-    Type(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"no such");
+    Enter(IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH, L"no such");
     Key(VK_RETURN);  // finds nothing, and is no OK
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 8u); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(Columns(definition_), (Ids{1, 3, 8002, -105, 1, 2, 555, 7001}));
 }
 
@@ -578,12 +412,8 @@ TEST_F(ReportTemplateDlgTest, ANewColumnHasItsPropertysNameAndAUsableWidth) {
     names_[7001] = L"A name that is longer than a header";
     for (const auto& [type, width] : {std::pair(Legend, 30.0F), std::pair(TextBlock, 10.0F)}) {
         definition_ = Template();
-        Script script;
-        script.WithNewDialog([](HWND dlg) { uidriver::ClickListRow(Attributes(dlg), 3, false, true); });
-        script.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
-        script.Start();
-        EXPECT_TRUE(ReportTemplate::Edit(parent_, Lng::Hpv, type, &definition_, kSize, &context_, &names_));
-        EXPECT_TRUE(script.Finished()) << script.Failure();
+        Step([](HWND dlg) { ClickAttribute(dlg, L"A name that is longer than a header", true); });
+        Confirm(type);
         const oce_columntype expected = Column(7001, width, L"A name that is longer than a");
         EXPECT_TRUE(Same(definition_.columns[3], expected));
     }
@@ -593,20 +423,17 @@ TEST_F(ReportTemplateDlgTest, Holds200ColumnsAndNoMore) {
     for (int i = 0; i < 198; ++i)
         definition_.columns[i] = Column(1, 1, L"");
     definition_.columnCount = 198;
-    Open();
     Step([](HWND dlg) { SelectRows(Attributes(dlg), {1, 2, 3}); });
     Press(IDC_REPORTTEMPLATE_ADD);
+    Step([](HWND dlg) { ClickAttribute(dlg, L"Symbol", true); });
     Step([](HWND dlg) {
         EXPECT_EQ(Rows(dlg).size(), 200u);
         EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD));
-        ClickAttribute(dlg, L"Symbol", true);
     });
-    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 200u); });
     Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
     Press(IDC_REPORTTEMPLATE_REMOVE);
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_REPORTTEMPLATE_ADD)); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(int{definition_.columnCount}, 199);
     EXPECT_EQ(int{definition_.columns[198].propId}, 3);
 }
@@ -614,7 +441,6 @@ TEST_F(ReportTemplateDlgTest, Holds200ColumnsAndNoMore) {
 TEST_F(ReportTemplateDlgTest, MovesAndRemovesBlocksByButtonsAndKeys) {
     definition_.columns[3] = Column(3, 10, L"");
     definition_.columnCount = 4;
-    Open();
     Step([](HWND dlg) {
         for (const int id :
              {IDC_REPORTTEMPLATE_EDIT, IDC_REPORTTEMPLATE_REMOVE, IDC_REPORTTEMPLATE_UP, IDC_REPORTTEMPLATE_DOWN})
@@ -643,62 +469,34 @@ TEST_F(ReportTemplateDlgTest, MovesAndRemovesBlocksByButtonsAndKeys) {
     Step([](HWND dlg) {
         EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_UP));
         EXPECT_FALSE(Enabled(dlg, IDC_REPORTTEMPLATE_DOWN));
-    });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(Columns(definition_), (Ids{2, 1, 3}));
-}
-
-TEST_F(ReportTemplateDlgTest, DeleteInTheNameDeletesText) {
-    Open();
-    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
-    Step([](HWND dlg) {
         SetFocus(uidriver::Control(dlg, IDC_REPORTTEMPLATE_NAME));
         SendDlgItemMessageW(dlg, IDC_REPORTTEMPLATE_NAME, EM_SETSEL, 0, 1);
     });
-    Key(VK_DELETE);
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Key(VK_DELETE);  // a letter
+    Confirm();
     EXPECT_EQ(FixedText<&ReportDefinitionType::name>(definition_), L"ucts and pipes");
-    EXPECT_EQ(Columns(definition_), Columns(Template()));
+    EXPECT_EQ(Columns(definition_), (Ids{2, 1, 3}));
 }
 
-TEST_F(ReportTemplateDlgTest, DraggingOrdersTheColumns) {
-    Open();
-    Step([](HWND dlg) { Drag(List(dlg), 2, List(dlg), EdgeOf(List(dlg), 0)); });
-    Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 0)); });
+TEST_F(ReportTemplateDlgTest, DraggingOrdersTheColumnsAndAddsAttributesAtTheirPlace) {
+    DragTo(List, 2, Before(0));
     ExpectRows({L"Unknown property 555", L"Length", L"Height"});
-    Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), EdgeOf(List(dlg), 3)); });
-    Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 3)); });
+    DragTo(List, 0, Before(3));
     ExpectRows({L"Length", L"Height", L"Unknown property 555"});
     Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), EdgeOf(List(dlg), 2)); });
     Key(VK_ESCAPE);  // breaks the drag off, and nothing else
     Step([](HWND dlg) { Drop(List(dlg), List(dlg), EdgeOf(List(dlg), 2)); });
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::TopDialog(), dlg);
-        EXPECT_EQ(Rows(dlg), (Texts{L"Length", L"Height", L"Unknown property 555"}));
         EXPECT_EQ(GetCapture(), nullptr);
     });
-    Step([](HWND dlg) { Drag(List(dlg), 0, List(dlg), {-200, 50}); });
-    Step([](HWND dlg) { Drop(List(dlg), List(dlg), {-200, 50}); });  // beside the list
-    ExpectRows({L"Length", L"Height", L"Unknown property 555"});
-    Press(IDOK);
-    EXPECT_TRUE(Run());
-    EXPECT_EQ(Columns(definition_), (Ids{1, 2, 555}));
-}
-
-TEST_F(ReportTemplateDlgTest, DraggingAddsAttributesAtTheirPlace) {
-    Open();
-    Step([](HWND dlg) { Drag(Attributes(dlg), 3, List(dlg), EdgeOf(List(dlg), 1)); });
-    Step([](HWND dlg) { Drop(Attributes(dlg), List(dlg), EdgeOf(List(dlg), 1)); });
+    DragTo(List, 0, [](HWND) { return POINT{-200, 50}; });  // beside the list
+    DragTo(Attributes, 3, Before(1));
     ExpectRows({L"Length", L"Symbol", L"Height", L"Unknown property 555"});
     Step([](HWND dlg) { SelectRows(List(dlg), {0, 1, 2, 3}); });
     Press(IDC_REPORTTEMPLATE_REMOVE);
-    Step([](HWND dlg) { Drag(Attributes(dlg), 2, List(dlg), {40, 60}); });  // into the empty list
-    Step([](HWND dlg) { Drop(Attributes(dlg), List(dlg), {40, 60}); });
-    ExpectRows({L"Débit d'air"});
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    DragTo(Attributes, 2, [](HWND) { return POINT{40, 60}; });  // into the empty list
+    Confirm();
     EXPECT_EQ(Columns(definition_), (Ids{3}));
 }
 
@@ -707,27 +505,28 @@ TEST_F(ReportTemplateDlgTest, DraggingToAnEdgeScrollsTheList) {
         definition_.columns[i] = Column(i < 1 ? 7001 : 2, 1, L"");
     definition_.columnCount = 100;
     POINT bottom{};
-    Open();
     Step([&](HWND dlg) {
         RECT client{};
         GetClientRect(List(dlg), &client);
         bottom = {40, client.bottom - 2};
         Drag(List(dlg), 0, List(dlg), bottom);
     });
-    script_.WaitFor("the list to scroll", [this] { return ListView_GetTopIndex(List(dlg_)) >= 2; });
+    script_->WaitFor("the list to scroll", [this] { return ListView_GetTopIndex(List(dlg_)) >= 2; });
     Step([&](HWND dlg) { Drop(List(dlg), List(dlg), bottom); });
     Step([](HWND dlg) {
         const int row = RowOf(List(dlg), L"Symbol");
         EXPECT_NEAR(row, ListView_GetTopIndex(List(dlg)) + ListView_GetCountPerPage(List(dlg)) - 1, 1);
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    Cancel();
 }
 
 TEST_F(ReportTemplateDlgTest, EditsTheFocusedColumnAndAddsUpAnew) {
-    Open();
+    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
+    Press(IDC_REPORTTEMPLATE_EDIT);
+    InNewDialog([](HWND column) { uidriver::Click(column, IDOK); });
+    Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDOK)) << "it is still the same"; });
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 1, false, true); });
-    script_.WithNewDialog([](HWND column) {
+    InNewDialog([](HWND column) {
         EXPECT_EQ(Shown(column, IDC_REPORTCOLUMN_PROPERTY), L"Height");
         uidriver::SetText(column, IDC_REPORTCOLUMN_WIDTH, L"100");
     });
@@ -735,32 +534,20 @@ TEST_F(ReportTemplateDlgTest, EditsTheFocusedColumnAndAddsUpAnew) {
     Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"138"); });
     Step([](HWND dlg) { SelectRows(List(dlg), {1, 2}); });  // the focus is on the last
     Key(VK_F2);
-    script_.WithNewDialog([](HWND column) {
+    InNewDialog([](HWND column) {
         EXPECT_EQ(Shown(column, IDC_REPORTCOLUMN_PROPERTY), L"Unknown property 555");
         uidriver::SetText(column, IDC_REPORTCOLUMN_HEADER2, L"Y");
     });
     Key(VK_RETURN);
     Step([](HWND dlg) { EXPECT_EQ(uidriver::ListColumn(List(dlg), 2), (Texts{L"L", L"H", L"X Y"})); });
     Key(VK_RETURN);
-    script_.WithNewDialog([](HWND column) { uidriver::SetText(column, IDC_REPORTCOLUMN_WIDTH, L"1"); });
-    Key(VK_ESCAPE);
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    InNewDialog([](HWND) { uidriver::Key(VK_ESCAPE); });
+    Confirm();
     ReportDefinitionType expected = Template();
     expected.columns[1].len = 100;
     expected.columns[2].len = 13;
     SetFixedText<&oce_columntype::hdr2>(expected.columns[2], L"Y");
     EXPECT_TRUE(Same(definition_, expected));
-}
-
-TEST_F(ReportTemplateDlgTest, AnEditedColumnThatStaysTheSameIsNoChange) {
-    Open();
-    Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
-    Press(IDC_REPORTTEMPLATE_EDIT);
-    script_.WithNewDialog([](HWND column) { uidriver::Click(column, IDOK); });
-    Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDOK)); });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
 }
 
 TEST_F(ReportTemplateDlgTest, BearsRecordsThatHoldAnything) {
@@ -770,119 +557,91 @@ TEST_F(ReportTemplateDlgTest, BearsRecordsThatHoldAnything) {
     definition_.groupCount = -5;
     std::memset(&definition_.columns[0].showUnits, 0x7F, 1);
     const ReportDefinitionType before = definition_;
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::ListColumn(List(dlg), 1), (Texts{L"0", L"0", L"0"}));
         EXPECT_EQ(Shown(dlg, IDC_REPORTTEMPLATE_TOTAL), L"0");
     });
     Step([](HWND dlg) { SelectRows(List(dlg), {0}); });
     Press(IDC_REPORTTEMPLATE_EDIT);
-    script_.WithNewDialog([](HWND column) {
+    InNewDialog([](HWND column) {
         EXPECT_EQ(IsDlgButtonChecked(column, IDC_REPORTCOLUMN_UNITS), BST_CHECKED);
         uidriver::Click(column, IDCANCEL);
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    Cancel();
     EXPECT_TRUE(Same(definition_, before));
 
     definition_.columnCount = 32'767;
-    Script script;
-    script.WithNewDialog([](HWND dlg) {
-        EXPECT_EQ(Rows(dlg).size(), 200u);
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    script.Start();
-    EXPECT_FALSE(ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, kSize, nullptr, nullptr));
-    EXPECT_TRUE(script.Finished()) << script.Failure();
+    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg).size(), 200u); });
+    Press(IDCANCEL);
+    EXPECT_FALSE(RunSteps(
+        [&] { return ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, kSize, nullptr, nullptr); }));
 }
 
 TEST_F(ReportTemplateDlgTest, TheListsOfferTheirCommandsAsAMenu) {
-    Open();
     Step([](HWND dlg) { SelectRows(List(dlg), {1}); });
     Step([](HWND dlg) { PostMessageW(List(dlg), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(List(dlg)), -1); });
-    script_.WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
+    script_->WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
     Step([](HWND dlg) {
         for (int i = 0; i < 2; ++i)  // Remove
             PostMessageW(dlg, WM_KEYDOWN, VK_DOWN, 1);
         PostMessageW(dlg, WM_KEYDOWN, VK_RETURN, 1);
     });
     ExpectRows({L"Length", L"Unknown property 555"});
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    Cancel();
 }
 
-TEST_F(ReportTemplateDlgTest, GrowsByItsAnchors) {
+TEST_F(ReportTemplateDlgTest, GrowsByItsAnchorsAndReopensAsItWasLeft) {
     struct Anchor {
-        int id;
+        std::vector<int> ids;
         double left, top, right, bottom;
     };
     constexpr double a = 1.0 / 3;
     constexpr double b = 2.0 / 3;
-    constexpr Anchor kAnchors[] = {
-        {107, 0, 0, 1, 0},
-        {610, 0, 0, a, 1},
-        {110, 0, 0, a, 1},
-        {611, a, 0, 1, 1},
-        {106, a, 0, b, 0},
-        {111, a, 0, b, 1},
-        {222, b, 0, b, 0},
-        {225, b, 0, b, 0},
-        {114, b, 0, 1, 1},
-        {150, b, 1, b, 1},
-        {151, b, 1, b, 1},
-        {121, b, 1, b, 1},
-        {122, b, 1, b, 1},
-        {124, b, 1, b, 1},
-        {1,   1, 1, 1, 1},
-        {304, b, 0, b, 0},
-        {308, b, 0, b, 0},
-        {612, b, 0, b, 0},
-        {2,   1, 1, 1, 1},
+    const Anchor anchors[] = {
+        {{107},                     0, 0, 1, 0},
+        {{610, 110},                0, 0, a, 1},
+        {{611},                     a, 0, 1, 1},
+        {{106},                     a, 0, b, 0},
+        {{111},                     a, 0, b, 1},
+        {{222, 225, 304, 308, 612}, b, 0, b, 0},
+        {{114},                     b, 0, 1, 1},
+        {{150, 151, 121, 122, 124}, b, 1, b, 1},
+        {{IDOK, IDCANCEL},          1, 1, 1, 1},
     };
     constexpr int kWider = 240;
     constexpr int kHigher = 90;
     std::map<int, RECT> start;
-    Open();
     Step([&](HWND dlg) {
-        for (const Anchor& anchor : kAnchors)
-            start[anchor.id] = RectOf(dlg, anchor.id);
+        for (const Anchor& anchor : anchors) {
+            for (const int id : anchor.ids)
+                start[id] = RectOf(dlg, id);
+        }
         RECT rect{};
         GetWindowRect(dlg, &rect);
         SetWindowPos(dlg, nullptr, 0, 0, rect.right - rect.left + kWider, rect.bottom - rect.top + kHigher,
                      SWP_NOZORDER);
-        for (const Anchor& anchor : kAnchors) {
-            const RECT before = start[anchor.id];
-            const RECT now = RectOf(dlg, anchor.id);
-            EXPECT_NEAR(now.left - before.left, anchor.left * kWider, 0.5) << anchor.id;
-            EXPECT_NEAR(now.top - before.top, anchor.top * kHigher, 0.5) << anchor.id;
-            EXPECT_NEAR(now.right - before.right, anchor.right * kWider, 0.5) << anchor.id;
-            EXPECT_NEAR(now.bottom - before.bottom, anchor.bottom * kHigher, 0.5) << anchor.id;
+    });
+    const auto expectGrown = [&](HWND dlg) {
+        for (const Anchor& anchor : anchors) {
+            for (const int id : anchor.ids) {
+                const RECT now = RectOf(dlg, id);
+                EXPECT_NEAR(now.left - start[id].left, anchor.left * kWider, 0.5) << id;
+                EXPECT_NEAR(now.top - start[id].top, anchor.top * kHigher, 0.5) << id;
+                EXPECT_NEAR(now.right - start[id].right, anchor.right * kWider, 0.5) << id;
+                EXPECT_NEAR(now.bottom - start[id].bottom, anchor.bottom * kHigher, 0.5) << id;
+            }
         }
-        RedrawWindow(dlg, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-        const std::vector<DWORD> grown = Picture(dlg);
-        RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-        EXPECT_TRUE(Picture(dlg) == grown) << "nothing of the former places is left";
-    });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
-
-    Script again;
-    again.WithNewDialog([&](HWND dlg) {
-        EXPECT_EQ(RectOf(dlg, 111).right, start[111].right + kWider * 2 / 3) << "reopens as the user left it";
-        uidriver::Click(dlg, IDCANCEL);
-    });
-    again.Start();
-    ReportTemplate::Edit(parent_, Lng::Hpv, Legend, &definition_, kSize, &context_, nullptr);
-    EXPECT_TRUE(again.Finished()) << again.Failure();
+    };
+    Step(expectGrown);
+    Cancel();
+    Step(expectGrown);
+    Cancel();
 }
 
-class ReportColumnDlgTest : public ReportDlgTest {
+class ReportColumnDlgTest : public DialogTest {
 protected:
     bool Run(ReportType type = BillOfMaterials, const wchar_t* name = L"Symbol") {
-        script_.Start();
-        const bool result = ReportTemplate::EditColumn(parent_, &column_, name, type);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
+        return RunSteps([&] { return ReportTemplate::EditColumn(parent_, &column_, name, type); });
     }
 
     oce_columntype column_ = Column(7001, 15.4F, L"First");
@@ -891,7 +650,6 @@ protected:
 TEST_F(ReportColumnDlgTest, ShowsTheColumnAndStoresWhatWasEntered) {
     column_.align = 2;
     column_.nSubRow = 3;
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Edit attribute - OrvaCAD");
         const std::pair<int, const wchar_t*> texts[] = {
@@ -907,11 +665,11 @@ TEST_F(ReportColumnDlgTest, ShowsTheColumnAndStoresWhatWasEntered) {
         };
         for (const auto& [id, text] : texts)
             EXPECT_EQ(Shown(dlg, id), text);
-        EXPECT_TRUE(Focused(dlg, IDC_REPORTCOLUMN_WIDTH));
+        EXPECT_TRUE(HasFocus(dlg, IDC_REPORTCOLUMN_WIDTH));
     });
-    Type(IDC_REPORTCOLUMN_WIDTH, L" 30000 ");
-    Type(IDC_REPORTCOLUMN_HEADER1, std::wstring(30, L'a'));
-    Type(IDC_REPORTCOLUMN_HEADER2, L"Second");
+    Enter(IDC_REPORTCOLUMN_WIDTH, L" 30000 ");
+    Enter(IDC_REPORTCOLUMN_HEADER1, std::wstring(30, L'a'));
+    Enter(IDC_REPORTCOLUMN_HEADER2, L"Second");
     Press(IDC_REPORTCOLUMN_UNITS);
     Press(IDOK);
     EXPECT_TRUE(Run());
@@ -927,69 +685,50 @@ TEST_F(ReportColumnDlgTest, HasALeastWidthByPropertyAndKindOfReport) {
     struct Case {
         ReportType type;
         int propId;
-        const wchar_t* refused;
-        const wchar_t* accepted;
-        const wchar_t* message;
+        int least;
     };
-    constexpr wchar_t kFrom1[] = L"Enter a whole number from 1 to 30000.";
-    constexpr wchar_t kFrom15[] = L"Enter a whole number from 15 to 30000.";
-    constexpr wchar_t kFrom20[] = L"Enter a whole number from 20 to 30000.";
     const Case cases[] = {
-        {Legend,          7001, L"14",    L"15",    kFrom15},
-        {BillOfMaterials, 8001, L"14",    L"15",    kFrom15},
-        {Legend,          7002, L"19",    L"20",    kFrom20},
-        {ExportReport,    8004, L"19",    L"20",    kFrom20},
-        {Legend,          7005, L"0",     L"1",     kFrom1 },
-        {TextBlock,       7002, L"0",     L"1",     kFrom1 },
-        {Legend,          1,    L"30001", L"30000", kFrom1 },
-        {Legend,          1,    L"wide",  L"7",     kFrom1 },
-        {Legend,          1,    L"7.5",   L"8",     kFrom1 },
+        {Legend,          7001, 15},
+        {BillOfMaterials, 8001, 15},
+        {Legend,          7002, 20},
+        {BillOfMaterials, 7003, 20},
+        {ExportReport,    7004, 20},
+        {Legend,          8002, 20},
+        {BillOfMaterials, 8003, 20},
+        {ExportReport,    8004, 20},
+        {Legend,          7005, 1 },
+        {TextBlock,       7002, 1 },
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(testing::Message() << each.propId << " in " << each.type);
-        oce_columntype column = Column(each.propId, 5, L"");
-        const oce_columntype before = column;
-        HWND dlg = nullptr;
-        Script script;
-        script.WithNewDialog([&](HWND opened) {
-            dlg = opened;
-            uidriver::SetText(dlg, IDC_REPORTCOLUMN_WIDTH, each.refused);
-        });
-        script.Then([&] { uidriver::Click(dlg, IDOK); });
-        script.WithNewDialog([&](HWND message) {
-            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), each.message);
-            uidriver::Key(VK_RETURN);
-        });
-        script.Then([&] {
-            EXPECT_EQ(uidriver::TopDialog(), dlg);
-            EXPECT_TRUE(Focused(dlg, IDC_REPORTCOLUMN_WIDTH));
-            EXPECT_TRUE(Same(column, before));
-            uidriver::SetText(dlg, IDC_REPORTCOLUMN_WIDTH, each.accepted);
-        });
-        script.Then([&] { uidriver::Click(dlg, IDOK); });
-        script.Start();
-        EXPECT_TRUE(ReportTemplate::EditColumn(parent_, &column, L"", each.type));
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-        EXPECT_EQ(float{column.len}, std::stof(each.accepted));
+        column_ = Column(each.propId, 5, L"");
+        const oce_columntype before = column_;
+        const std::wstring message = L"Enter a whole number from " + std::to_wstring(each.least) + L" to 30000.";
+        for (const int refused : {each.least - 1, 30001}) {
+            Enter(IDC_REPORTCOLUMN_WIDTH, std::to_wstring(refused));
+            Press(IDOK);
+            ExpectMessage(message);
+            Step([](HWND dlg) { EXPECT_TRUE(HasFocus(dlg, IDC_REPORTCOLUMN_WIDTH)); });
+        }
+        Step([&](HWND) { EXPECT_TRUE(Same(column_, before)); });
+        Enter(IDC_REPORTCOLUMN_WIDTH, std::to_wstring(each.least));
+        Press(IDOK);
+        EXPECT_TRUE(Run(each.type));
+        EXPECT_EQ(static_cast<int>(column_.len), each.least);
     }
 }
 
 TEST_F(ReportColumnDlgTest, CancelAndNoColumnChangeNothing) {
     const oce_columntype before = column_;
-    Open();
-    Type(IDC_REPORTCOLUMN_WIDTH, L"99");
-    Type(IDC_REPORTCOLUMN_HEADER1, L"Other");
+    Enter(IDC_REPORTCOLUMN_WIDTH, L"99");
+    Enter(IDC_REPORTCOLUMN_HEADER1, L"Other");
     Key(VK_ESCAPE);
     EXPECT_FALSE(Run());
     EXPECT_TRUE(Same(column_, before));
-
-    const int windows = uidriver::CountHandles().windows;
     EXPECT_FALSE(ReportTemplate::EditColumn(parent_, nullptr, L"Symbol", Legend));
-    EXPECT_EQ(uidriver::CountHandles().windows, windows);
 }
 
 TEST_F(ReportColumnDlgTest, NamesThePropertyAndTheUnitWhateverTheCallerGives) {
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(Shown(dlg, IDC_REPORTCOLUMN_PROPERTY), L"Unknown property 7001");
         EXPECT_EQ(Shown(dlg, IDC_REPORTCOLUMN_WIDTH_LBL), L"Length (char)");

@@ -2,14 +2,12 @@
 #include <occommonui/ReportFilter.h>
 #include <ticpp.h>
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "support/FullReport.h"
+#include "support/XmlFaults.h"
 
 // Report records come from users' files. Whatever a text holds, reading it ends, stays within the record and has one of
 // the outcomes that callers are told of.
@@ -89,110 +87,32 @@ bool FilterIsSound(const std::string& xml) {
            SameStored(again, filter);
 }
 
-/// Changes texts at random, in the same way in every run.
-class Mutator {
-public:
-    explicit Mutator(unsigned seed) : random_(seed) {}
-
-    // Half of the texts get other values only, so that they are still documents.
-    std::string operator()(std::string text) {
-        constexpr void (Mutator::*kChanges[])(std::string&) = {&Mutator::ReplaceValue, &Mutator::FlipByte,
-                                                               &Mutator::Delete, &Mutator::Insert, &Mutator::Duplicate};
-        const std::size_t kinds = Below(2) ? std::size(kChanges) : 1;
-        for (std::size_t n = 1 + Below(3); n > 0; --n)
-            (this->*kChanges[Below(kinds)])(text);
-        return text;
-    }
-
-private:
-    std::size_t Below(std::size_t limit) { return random_() % limit; }
-    std::size_t Length(const std::string& text) { return Below(1 + std::min<std::size_t>(text.size(), 60)); }
-
-    void FlipByte(std::string& text) {
-        if (!text.empty()) text[Below(text.size())] ^= static_cast<char>(1 << Below(8));
-    }
-    void Delete(std::string& text) { text.erase(Below(text.size() + 1), Length(text)); }
-    void Insert(std::string& text) {
-        static constexpr char kBytes[] =
-            "<>/\"'=&;!-[]? \r\n\x01\xC3\xED\xFF"
-            "0a";
-        text.insert(Below(text.size() + 1), 1, kBytes[Below(sizeof kBytes)]);
-    }
-    void Duplicate(std::string& text) {
-        const std::string slice = text.substr(Below(text.size() + 1), Length(text));
-        text.insert(Below(text.size() + 1), slice);
-    }
-    void ReplaceValue(std::string& text) {
-        static const std::string kValues[] = {"",
-                                              " ",
-                                              "0",
-                                              "1",
-                                              "2",
-                                              "-1",
-                                              "+1",
-                                              "1.5",
-                                              "1,5",
-                                              "1e39",
-                                              "1e400",
-                                              "1e-400",
-                                              "nan",
-                                              "inf",
-                                              "0x10",
-                                              "-32769",
-                                              "65536",
-                                              "256",
-                                              "2147483648",
-                                              "99999999999999999999",
-                                              "20151101",
-                                              "20151102",
-                                              "20160102",
-                                              "20210809",
-                                              "20211228",
-                                              "20211230",
-                                              "&amp",
-                                              "&#0;",
-                                              "&#x110000;",
-                                              "&#xD800;",
-                                              "&lt;&#9;&#10;",
-                                              "'",
-                                              "<",
-                                              ">",
-                                              "\xF0\x9F\x98",
-                                              "\xED\xA0\xBD",
-                                              "\xE4",
-                                              "true",
-                                              std::string(300, 'x'),
-                                              std::string(85, '\xE4'),
-                                              std::string(254, 'x') + "\xF0\x9F\x98\x80",
-                                              std::string(27, 'x') + "\xF0\x9F\x98\x80"};
-        const std::size_t value = text.find("=\"", Below(text.size() + 1));
-        if (value == std::string::npos) return;
-        text.replace(value + 2, text.find('"', value + 2) - value - 2, kValues[Below(std::size(kValues))]);
-    }
-
-    std::mt19937 random_;
-};
+/// With the formats at which reading changes, and texts about as long as a field holds.
+XmlMutator Mutator(unsigned seed) {
+    const std::string emoji = "\xF0\x9F\x98\x80";
+    return XmlMutator(seed,
+                      {"20151101", "20151102", "20160102", "20210809", "20211228", "20211230", std::string(300, 'x'),
+                       std::string(85, '\xE4'), std::string(254, 'x') + emoji, std::string(27, 'x') + emoji});
+}
 
 TEST(ReportXmlFaults, ADocumentIsReadOnlyWhenItIsComplete) {
-    const std::string definition = TextOf(SmallDefinition());
-    const std::string filter = TextOf(SmallFilter());
-    for (std::size_t size = 0; size < definition.rfind('>'); ++size) {
+    for (const std::string& xml : Truncated(TextOf(SmallDefinition()))) {
         ReportDefinitionType read = FullDefinition();
-        EXPECT_FALSE(read.FromXml(definition.substr(0, size).c_str()));
-        ASSERT_TRUE(Same(read, ReportDefinitionType())) << size;
+        EXPECT_FALSE(read.FromXml(xml.c_str()));
+        ASSERT_TRUE(Same(read, ReportDefinitionType())) << xml;
     }
     ReportFilter reset = FullFilter();
     reset.reset(false);
-    for (std::size_t size = 0; size < filter.rfind('>'); ++size) {
+    for (const std::string& xml : Truncated(TextOf(SmallFilter()))) {
         ReportFilter read = FullFilter();
-        EXPECT_FALSE(read.FromXml(filter.substr(0, size).c_str()));
-        ASSERT_TRUE(Same(read, reset)) << size;
+        EXPECT_FALSE(read.FromXml(xml.c_str()));
+        ASSERT_TRUE(Same(read, reset)) << xml;
     }
 }
 
 TEST(ReportXmlFaults, ADefinitionWithRandomChangesHasAnAllowedOutcome) {
     const std::string sound = TextOf(SmallDefinition());
-    Mutator mutate(20211229);
+    XmlMutator mutate = Mutator(20211229);
     for (int round = 0; round < 100'000; ++round) {
         const std::string xml = mutate(sound);
         ASSERT_TRUE(DefinitionIsSound(xml)) << round << "\n" << xml;
@@ -201,7 +121,7 @@ TEST(ReportXmlFaults, ADefinitionWithRandomChangesHasAnAllowedOutcome) {
 
 TEST(ReportXmlFaults, AFilterWithRandomChangesHasAnAllowedOutcome) {
     const std::string sound = TextOf(SmallFilter());
-    Mutator mutate(20160101);
+    XmlMutator mutate = Mutator(20160101);
     for (int round = 0; round < 100'000; ++round) {
         const std::string xml = mutate(sound);
         ASSERT_TRUE(FilterIsSound(xml)) << round << "\n" << xml;
@@ -209,9 +129,7 @@ TEST(ReportXmlFaults, AFilterWithRandomChangesHasAnAllowedOutcome) {
 }
 
 TEST(ReportXmlFaults, DepthIsNoDanger) {
-    std::string deep;
-    for (int i = 0; i < 100'000; ++i)
-        deep += "<Columns>";
+    const std::string deep = Nested("Columns", 100'000);
     std::string definition = TextOf(SmallDefinition());
     definition.insert(definition.find("<Columns>"), deep);
     std::string filter = TextOf(SmallFilter());

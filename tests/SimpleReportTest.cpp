@@ -321,6 +321,11 @@ TEST_F(SimpleReportTest, TheSelectionStaysWithItsRows) {
     ClickRow(0);
     Find(L"");
     EXPECT_EQ(Selected(), Texts{L"Débit missing"}) << "the user has selected anew";
+    Find(L"supply");
+    SetFocus(List());
+    Key(VK_DOWN, {VK_CONTROL});
+    Find(L"");
+    EXPECT_EQ(Selected(), Texts{L"Débit missing"}) << "the focus alone was moved";
     SetFocus(List());
     Key('A', {VK_CONTROL});
     Find(L"duct");
@@ -456,10 +461,10 @@ TEST_F(SimpleReportTest, SavesTheRowsShownAsText) {
 
 TEST_F(SimpleReportTest, SavesAWorkbookWithNumbersAsNumbers) {
     SimpleReport report;
-    report.SetTitle(L"A [title] that is longer than a sheet's name can be: <&>");
+    report.SetTitle(L"A [title]\xFFFE that is longer than a sheet's name can be: <&>");
     report.AddColumn(L"Text & more", 201);
     report.AddColumn(L"Value", 100);
-    AddRow(report, {L"a < \"b\"\x01\xD800\r\nc\xFFFF", L"12.5"});
+    AddRow(report, {L"a < \"b\"\x01\xD800\r\nc\xFFFF\rd", L"12.5"});
     for (const wchar_t* number : {L"-3", L"0", L"007", L"1.50", L"1e3", L"12345678901", L"-0", L"1 000", L""})
         AddRow(report, {L"", number});
     Open(report);
@@ -469,12 +474,12 @@ TEST_F(SimpleReportTest, SavesAWorkbookWithNumbersAsNumbers) {
               "<Workbook xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\""
               " xmlns:ss=\"urn:schemas-microsoft-com:office:spreadsheet\">\r\n"
               "<Styles><Style ss:ID=\"Heading\"><Font ss:Bold=\"1\"/></Style></Styles>\r\n"
-              "<Worksheet ss:Name=\"A title that is longer than a s\">\r\n"
+              "<Worksheet ss:Name=\"A title that is longer than a \">\r\n"
               "<Table>\r\n"
               "<Column ss:AutoFitWidth=\"0\" ss:Width=\"150.75\"/><Column ss:AutoFitWidth=\"0\" ss:Width=\"75\"/>\r\n"
               "<Row ss:StyleID=\"Heading\"><Cell><Data ss:Type=\"String\">Text &amp; more</Data></Cell>"
               "<Cell><Data ss:Type=\"String\">Value</Data></Cell></Row>\r\n"
-              "<Row><Cell><Data ss:Type=\"String\">a &lt; &quot;b&quot;\xEF\xBF\xBD&#10;c</Data></Cell>"
+              "<Row><Cell><Data ss:Type=\"String\">a &lt; &quot;b&quot;\xEF\xBF\xBD&#10;c&#10;d</Data></Cell>"
               "<Cell><Data ss:Type=\"Number\">12.5</Data></Cell></Row>\r\n"
               "<Row><Cell/><Cell><Data ss:Type=\"Number\">-3</Data></Cell></Row>\r\n"
               "<Row><Cell/><Cell><Data ss:Type=\"Number\">0</Data></Cell></Row>\r\n"

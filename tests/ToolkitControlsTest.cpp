@@ -16,9 +16,10 @@
 #include <numeric>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 #include "support/ProcessorTime.h"
 
 namespace {
@@ -113,16 +114,26 @@ private:
 
 // --- numbers, texts, combo boxes
 
-struct NumberCase {
-    const wchar_t* typed;
-    std::optional<double> number;
-};
+/// The message that the work shows, which is confirmed.
+std::wstring MessageOf(const std::function<void()>& work) {
+    std::wstring message;
+    uidriver::Script script;
+    script.WithNewDialog([&](HWND box) {
+        EXPECT_EQ(uidriver::Text(box), Lng::GetAppName(Lng::Common, false).c_str());
+        message = uidriver::Text(GetDlgItem(box, 0xffff));
+        PostMessageW(box, WM_COMMAND, IDOK, 0);
+    });
+    script.Start();
+    work();
+    EXPECT_TRUE(script.Finished()) << script.Failure();
+    return message;
+}
 
 TEST(Gw, ReadsNumbersAsTypedAndRefusesTheRest) {
     wchar_t separator[8] = L"";
     GetLocaleInfoEx(LOCALE_NAME_USER_DEFAULT, LOCALE_SDECIMAL, separator, 8);
     const std::wstring local = std::wstring(L"2") + separator + L"5";
-    const NumberCase cases[] = {
+    const std::pair<const wchar_t*, std::optional<double>> cases[] = {
         {L"12",         12  },
         {L"  7\t",      7   },
         {L"-3",         -3  },
@@ -144,25 +155,20 @@ TEST(Gw, ReadsNumbersAsTypedAndRefusesTheRest) {
     };
     Owner owner;
     const HWND edit = owner.Add(L"EDIT", 0, kEdit, 0, 20);
-    for (const NumberCase& each : cases) {
-        SetWindowTextW(edit, each.typed);
-        std::wstring message;
-        uidriver::Script script;
-        if (!each.number) {
-            script.WithNewDialog([&](HWND box) {
-                EXPECT_EQ(uidriver::Text(box), Lng::GetAppName(Lng::Common, false).c_str());
-                message = uidriver::Text(GetDlgItem(box, 0xffff));
-                PostMessageW(box, WM_COMMAND, IDOK, 0);
-            });
-            SetFocus(owner);
-            script.Start();
-        }
+    for (const auto& [typed, number] : cases) {
+        SetWindowTextW(edit, typed);
+        SetFocus(owner);
         double value = 99;
-        EXPECT_EQ(gwdlgtodouble(owner, Lng::Hpv, kEdit, -10, 1000, value), each.number.has_value()) << each.typed;
-        EXPECT_EQ(value, each.number.value_or(99)) << each.typed;
-        if (each.number) continue;
-        EXPECT_EQ(message, L"Enter a number from -10 to 1000.") << script.Failure();
-        EXPECT_EQ(GetFocus(), edit);
+        bool isRead = false;
+        const auto read = [&] { isRead = gwdlgtodouble(owner, Lng::Hpv, kEdit, -10, 1000, value); };
+        if (number) {
+            read();
+        } else {
+            EXPECT_EQ(MessageOf(read), L"Enter a number from -10 to 1000.") << typed;
+            EXPECT_EQ(GetFocus(), edit);
+        }
+        EXPECT_EQ(isRead, number.has_value()) << typed;
+        EXPECT_EQ(value, number.value_or(99)) << typed;
     }
 }
 
@@ -172,16 +178,9 @@ TEST(Gw, ReadsWholeNumbersWithinTheirRange) {
     int value = 5;
     for (const wchar_t* typed : {L"1.5", L"99999999999", L"41", L"abc"}) {
         SetWindowTextW(edit, typed);
-        uidriver::Script script;
-        std::wstring message;
-        script.WithNewDialog([&](HWND box) {
-            message = uidriver::Text(GetDlgItem(box, 0xffff));
-            PostMessageW(box, WM_COMMAND, IDOK, 0);
-        });
-        script.Start();
-        EXPECT_FALSE(gwdlgtoint(owner, Lng::Hpv, kEdit, 1, 40, value));
+        EXPECT_EQ(MessageOf([&] { EXPECT_FALSE(gwdlgtoint(owner, Lng::Hpv, kEdit, 1, 40, value)); }),
+                  L"Enter a whole number from 1 to 40.");
         EXPECT_EQ(value, 5);
-        EXPECT_EQ(message, L"Enter a whole number from 1 to 40.");
         DWORD from = 9;
         DWORD to = 0;
         SendMessageW(edit, EM_GETSEL, reinterpret_cast<WPARAM>(&from), reinterpret_cast<LPARAM>(&to));
@@ -903,57 +902,84 @@ TEST_F(TreeSearching, TwentyThousandRowsFollowTheTyping) {
     EXPECT_LT(slowest, 400);                                               // a build without checks takes a quarter
 }
 
+TEST_F(TreeSearching, LongListsComeInPieces) {
+    list.clear();
+    for (int i = 0; i < 10'000; ++i)
+        list.push_back(i % 5'000 ? 1 : 0, i + 1, Lng::Hpv, -1, (L"Row " + std::to_wstring(i)).c_str());
+    gwTVaddChecks(tree);
+    const auto isWhole = [this] { return TreeView_GetCount(tree) == list.size(); };
+    const auto waitForAll = [&] {
+        MSG message{};
+        while (!isWhole() && GetMessageW(&message, nullptr, 0, 0))
+            DispatchMessageW(&message);
+    };
+    const auto begin = [&] {
+        TreeView_SelectItem(tree, nullptr);
+        search.Filter(L"none");
+        search.Filter(L"");
+        EXPECT_FALSE(isWhole());
+    };
+    search.Attach(tree, &list);
+    EXPECT_FALSE(isWhole());
+    SendMessageW(tree, WM_KEYDOWN, VK_DOWN, 0);
+    EXPECT_TRUE(isWhole()) << "the user has turned to the tree";
+    begin();
+    search.Filter(L"9998");  // while rows are to come
+    EXPECT_EQ(Shown(), L"Row 5000+ .Row 9998 ");
+    begin();
+    EXPECT_TRUE(search.Select(9'999));
+    EXPECT_EQ(Selected(), L"Row 9998");
+    begin();
+    waitForAll();
+
+    // Many checks at once, where the rows are seen.
+    TreeView_SelectItem(tree, Find(L"Row 5000"));
+    TreeView_Expand(tree, Find(L"Row 5000"), TVE_EXPAND);
+    TreeView_SelectSetFirstVisible(tree, Find(L"Row 5100"));
+    search.TurnCheck(Find(L"Row 5000"));
+    EXPECT_EQ(Selected(), L"Row 5000");
+    EXPECT_STREQ(gwTVgetText(tree, TreeView_GetFirstVisible(tree)).c_str(), L"Row 5100");
+    waitForAll();
+    EXPECT_EQ(Check(L"Row 9999"), kTreeChecked) << "a row that came later";
+    EXPECT_EQ(Check(L"Row 4999"), kTreeUnchecked);
+    begin();
+    DestroyWindow(tree);
+}
+
 // --- asking for a value
 
-struct Asking : testing::Test {
-    uidriver::Script script;
+class Asking : public DialogTest {
+protected:
+    static constexpr int kAskFilter = 102;
+    static constexpr int kAskList = 103;
+    static constexpr int kAskTree = 104;
 
-    static HWND Ok(HWND dlg) { return GetDlgItem(dlg, IDOK); }
-    void Finish() { EXPECT_TRUE(script.Finished()) << script.Failure(); }
-};
-
-constexpr int kAskText = 101;
-constexpr int kAskFilter = 102;
-constexpr int kAskList = 103;
-constexpr int kAskTree = 104;
-
-// With OC_SHOTS set to a folder the dialogs' pictures are written there.
-void Shoot(HWND dlg, const wchar_t* name) {
-    wchar_t folder[MAX_PATH] = L"";
-    if (GetEnvironmentVariableW(L"OC_SHOTS", folder, MAX_PATH)) {
-        uidriver::SavePng(dlg, std::wstring(folder) + L"\\" + name + L".png");
+    /// Asks for one of the choices. The row, or -1.
+    template <class Choices>
+    int Ask(Lng::AppID app, const Choices& choices, std::int64_t& value) {
+        return RunSteps([&] { return AskValueDlg::Run(parent_, app, L"Title", L"&Prompt:", choices, value); });
     }
-}
+};
 
 TEST_F(Asking, ForATextProposesSelectsAndCuts) {
     ustr value = L"proposal";
-    HWND dialog = nullptr;
-    script
-        .WithNewDialog([&](HWND dlg) {
-            dialog = dlg;
-            Shoot(dlg, L"asktext");
-            EXPECT_EQ(uidriver::Text(dlg),
-                      std::wstring(L"Constant text - ") + Lng::GetAppName(Lng::Hpv, false).c_str());
-            EXPECT_EQ(GetFocus(), GetDlgItem(dlg, kAskText));
-            EXPECT_EQ(uidriver::Text(GetFocus()), L"proposal");
-            uidriver::Type(L"a longer text");  // in place of the proposal, which is selected
-        })
-        .Then([&] { uidriver::Key(VK_RETURN); });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::Hpv, L"Constant text", L"Text:", value, 8), 0);
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), std::wstring(L"Constant text - ") + Lng::GetAppName(Lng::Hpv, false).c_str());
+        EXPECT_TRUE(HasFocus(dlg, kAskText));
+        EXPECT_EQ(uidriver::Text(GetFocus()), L"proposal");
+        uidriver::Type(L"a longer text");  // in place of the proposal, which is selected
+    });
+    Key(VK_RETURN);
+    EXPECT_EQ(RunSteps([&] { return AskValueDlg::Run(parent_, Lng::Hpv, L"Constant text", L"Text:", value, 8); }), 0);
     EXPECT_EQ(value, L"a longer");
-    Finish();
 }
 
 TEST_F(Asking, CancelLeavesTheValue) {
     ustr value = L"as it was";
-    script.WithNewDialog([](HWND dlg) { uidriver::SetText(dlg, kAskText, L"changed"); }).Then([] {
-        uidriver::Key(VK_ESCAPE);
-    });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::NoApp, L"Title", L"Text:", value), -1);
+    Enter(kAskText, L"changed");
+    Key(VK_ESCAPE);
+    EXPECT_EQ(RunSteps([&] { return AskValueDlg::Run(parent_, Lng::NoApp, L"Title", L"Text:", value); }), -1);
     EXPECT_EQ(value, L"as it was");
-    Finish();
 }
 
 TEST_F(Asking, ForAChoiceOfAShortList) {
@@ -963,21 +989,19 @@ TEST_F(Asking, ForAChoiceOfAShortList) {
         {L"Blue",  5}
     };
     std::int64_t value = 77;  // none of them
-    script
-        .WithNewDialog([](HWND dlg) {
-            EXPECT_EQ(uidriver::Text(dlg), L"Colour");
-            EXPECT_FALSE(IsWindowVisible(GetDlgItem(dlg, kAskFilter)));
-            EXPECT_EQ(GetFocus(), GetDlgItem(dlg, kAskList));
-            EXPECT_FALSE(IsWindowEnabled(Ok(dlg)));
-            Shoot(dlg, L"asklist_short");
-            uidriver::ClickListRow(GetDlgItem(dlg, kAskList), 1);
-        })
-        .Then([] { EXPECT_TRUE(IsWindowEnabled(Ok(uidriver::TopDialog()))); })
-        .Then([] { uidriver::ClickListRow(GetDlgItem(uidriver::TopDialog(), kAskList), 2, false, true); });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::NoApp, L"Colour", L"&Colour:", choices, value), 2);
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Title");
+        EXPECT_FALSE(Visible(dlg, kAskFilter));
+        EXPECT_TRUE(HasFocus(dlg, kAskList));
+        EXPECT_FALSE(Enabled(dlg, IDOK));
+        uidriver::ClickListRow(uidriver::Control(dlg, kAskList), 1);
+    });
+    Step([](HWND dlg) {
+        EXPECT_TRUE(Enabled(dlg, IDOK));
+        uidriver::ClickListRow(uidriver::Control(dlg, kAskList), 2, false, true);
+    });
+    EXPECT_EQ(Ask(Lng::NoApp, choices, value), 2);
     EXPECT_EQ(value, 5);
-    Finish();
 }
 
 TEST_F(Asking, ForAChoiceOfALongListBySearching) {
@@ -985,45 +1009,32 @@ TEST_F(Asking, ForAChoiceOfALongListBySearching) {
     for (int i = 0; i < 500; ++i)
         choices.emplace_back((L"Entry " + std::to_wstring(i)).c_str(), i * 10);
     std::int64_t value = 420;
-    script
-        .WithNewDialog([](HWND dlg) {
-            EXPECT_EQ(GetFocus(), GetDlgItem(dlg, kAskFilter));
-            EXPECT_EQ(ListView_GetNextItem(GetDlgItem(dlg, kAskList), -1, LVNI_SELECTED), 42);
-            Shoot(dlg, L"asklist_long");
-            uidriver::Type(L"33");
-        })
-        .Then([] {
-            const HWND dlg = uidriver::TopDialog();
-            EXPECT_EQ(uidriver::ListColumn(GetDlgItem(dlg, kAskList), 0).size(), 14u);
-            EXPECT_TRUE(IsWindowEnabled(Ok(dlg)));
-            uidriver::Key(VK_DOWN);
-        })
-        .Then([] { uidriver::Key(VK_RETURN); });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::NoApp, L"Title", L"Prompt:", choices, value), 133);
+    Step([](HWND dlg) {
+        EXPECT_TRUE(HasFocus(dlg, kAskFilter));
+        EXPECT_EQ(ListView_GetNextItem(uidriver::Control(dlg, kAskList), -1, LVNI_SELECTED), 42);
+        uidriver::Type(L"33");
+    });
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::ListColumn(uidriver::Control(dlg, kAskList), 0).size(), 14u);
+        EXPECT_TRUE(Enabled(dlg, IDOK));
+    });
+    Key(VK_DOWN);
+    Key(VK_RETURN);
+    EXPECT_EQ(Ask(Lng::NoApp, choices, value), 133);
     EXPECT_EQ(value, 1330);
-    Finish();
 }
 
 TEST_F(Asking, WithNothingFoundThereIsNothingToChoose) {
-    ValueList choices;
-    for (int i = 0; i < 20; ++i)
-        choices.emplace_back(L"x", i);
+    const ValueList choices(20, {L"x", 0});
     std::int64_t value = 3;
-    script.WithNewDialog([](HWND) { uidriver::Type(L"y"); })
-        .Then([] {
-            EXPECT_FALSE(IsWindowEnabled(Ok(uidriver::TopDialog())));
-            uidriver::Key(VK_RETURN);
-        })
-        .Then([] { uidriver::Key(VK_ESCAPE); })  // clears the search
-        .Then([] {
-            EXPECT_EQ(uidriver::Text(GetDlgItem(uidriver::TopDialog(), kAskFilter)), L"");
-            uidriver::Key(VK_ESCAPE);
-        });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::NoApp, L"Title", L"Prompt:", choices, value), -1);
+    Enter(kAskFilter, L"y");
+    Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDOK)); });
+    Key(VK_RETURN);
+    Key(VK_ESCAPE);  // clears the search
+    Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, kAskFilter), L""); });
+    Key(VK_ESCAPE);
+    EXPECT_EQ(Ask(Lng::NoApp, choices, value), -1);
     EXPECT_EQ(value, 3);
-    Finish();
 }
 
 TEST_F(Asking, ForARowOfATree) {
@@ -1031,22 +1042,18 @@ TEST_F(Asking, ForARowOfATree) {
     for (int i = 0; i < 20; ++i)
         choices.push_back(1, 1000 + i, Lng::Hpv, -1, L"Room");
     std::int64_t value = 201;
-    script
-        .WithNewDialog([](HWND dlg) {
-            const HWND tree = GetDlgItem(dlg, kAskTree);
-            EXPECT_EQ(gwTVgetText(tree, TreeView_GetSelection(tree)), L"Größe");
-            Shoot(dlg, L"asktree");
-            uidriver::Type(L"pipe len");
-        })
-        .Then([] {
-            const HWND tree = GetDlgItem(uidriver::TopDialog(), kAskTree);
-            EXPECT_EQ(uidriver::FindTreeItem(tree, L"Diameter"), nullptr);
-            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Pipe length"), false, true);
-        });
-    script.Start();
-    EXPECT_EQ(AskValueDlg::Run(nullptr, Lng::Hpv, L"Property", L"Property:", choices, value), 5);
+    Step([](HWND dlg) {
+        const HWND tree = uidriver::Control(dlg, kAskTree);
+        EXPECT_EQ(gwTVgetText(tree, TreeView_GetSelection(tree)), L"Größe");
+        uidriver::Type(L"pipe len");
+    });
+    Step([](HWND dlg) {
+        const HWND tree = uidriver::Control(dlg, kAskTree);
+        EXPECT_EQ(uidriver::FindTreeItem(tree, L"Diameter"), nullptr);
+        uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Pipe length"), false, true);
+    });
+    EXPECT_EQ(Ask(Lng::Hpv, choices, value), 5);
     EXPECT_EQ(value, 202);
-    Finish();
 }
 
 }  // namespace

@@ -692,23 +692,6 @@ protected:
 
     std::wstring In(const wchar_t* name) const { return folder_ + L"\\" + name; }
 
-    // The control in which the user types the file's name.
-    static HWND NameEdit(HWND dlg) {
-        HWND found = nullptr;
-        const auto look = [](HWND child, LPARAM result) -> BOOL {
-            wchar_t name[32] = {};
-            GetClassNameW(child, name, 32);
-            if (std::wcscmp(name, L"Edit") != 0 || !IsWindowVisible(child)) return TRUE;
-            *reinterpret_cast<HWND*>(result) = child;
-            return FALSE;
-        };
-        EnumChildWindows(dlg, look, reinterpret_cast<LPARAM>(&found));
-        return found;
-    }
-    static void Enter(HWND dlg, const wchar_t* name) {
-        SetWindowTextW(NameEdit(dlg), name);
-        PostMessageW(dlg, WM_COMMAND, IDOK, 0);
-    }
     static void Cancel(HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0); }
 
     std::wstring folder_;
@@ -717,16 +700,20 @@ protected:
 TEST_F(FileDialogs, ANameWithoutExtensionGetsXml) {
     ustr_pre<260> path(In(L"proposal.xml"));
     uidriver::Script script;
-    std::wstring proposal;
-    script.WithNewDialog([&](HWND dlg) {
-        proposal = uidriver::Text(NameEdit(dlg));
-        Enter(dlg, L"uusi tiedosto");
-    });
+    script.WithNewDialog([](HWND dlg) { uidriver::ChooseFile(dlg, L"uusi tiedosto"); });
     script.Start();
     EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, true, path));
     EXPECT_EQ(script.Failure(), "");
-    EXPECT_EQ(proposal, L"proposal.xml");
     EXPECT_EQ(path, In(L"uusi tiedosto.xml"));
+}
+
+TEST_F(FileDialogs, TheCallersNameIsProposed) {
+    ustr_pre<260> path(In(L"proposal.xml"));
+    uidriver::Script script;
+    script.WithNewDialog([](HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDOK, 0); });
+    script.Start();
+    EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, true, path));
+    EXPECT_EQ(path, In(L"proposal.xml"));
 }
 
 TEST_F(FileDialogs, ReplacingAFileIsAskedFor) {
@@ -739,7 +726,7 @@ TEST_F(FileDialogs, ReplacingAFileIsAskedFor) {
     script.WithNewDialog([&](HWND dlg) {
         dialog = dlg;
         caption = uidriver::Text(dlg);
-        Enter(dlg, L"old.xml");
+        uidriver::ChooseFile(dlg, L"old.xml");
     });
     script.WithNewDialog([](HWND question) { uidriver::Click(question, IDNO); });
     script.WaitFor("the question is gone", [&] { return uidriver::TopDialog() == dialog; });
@@ -755,7 +742,7 @@ TEST_F(FileDialogs, AnExistingFileIsOpened) {
     const TemporaryFile existing(In(L"old.xml"), "<old/>");
     ustr_pre<260> path(In(L""));
     uidriver::Script script;
-    script.WithNewDialog([](HWND dlg) { Enter(dlg, L"old.xml"); });
+    script.WithNewDialog([](HWND dlg) { uidriver::ChooseFile(dlg, L"old.xml"); });
     script.Start();
     EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, false, path));
     EXPECT_EQ(script.Failure(), "");

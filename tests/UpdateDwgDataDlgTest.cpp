@@ -1,33 +1,28 @@
 #include <gtest/gtest.h>
 #include <occommonui/UpdateDwgData.h>
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
-#include <filesystem>
-#include <functional>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
 #include "project_ids.h"
+#include "support/DialogTest.h"
 #include "support/SelectionHost.h"
+#include "support/TestFolder.h"
 
 namespace {
 
 using ObjectSelection::Dlg::kNoManualSelection;
-using uidriver::Script;
 using UpdateDwgData::Options;
 using UpdateDwgData::PrjDb::OptionsRec;
-using Texts = std::vector<std::wstring>;
 using Ids = std::set<long>;
 
 namespace PrjDb = UpdateDwgData::PrjDb;
 
-constexpr int kAskText = 101;  // the edit control of the question for a name
 constexpr std::uint32_t kNoManual = kNoManualSelection;
 
 /// Two headings; the items of the second need a selection set. What the rows are to the caller itself is of no concern.
@@ -86,55 +81,19 @@ HWND Sets(HWND dlg) {
     return uidriver::Control(dlg, IDC_UPDATEDWGDATA_SET);
 }
 
-std::wstring Shown(HWND dlg, int ctrlId) {
-    std::wstring text = uidriver::Text(uidriver::Control(dlg, ctrlId));
-    std::erase(text, L'&');
-    return text;
-}
-
-bool Enabled(HWND dlg, int ctrlId) {
-    return IsWindowEnabled(uidriver::Control(dlg, ctrlId)) != FALSE;
-}
-
 int CheckOf(HWND dlg, const wchar_t* item) {
     return gwTVgetCheck(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), item));
 }
 
 Texts Names(HWND dlg) {
-    Texts names;
-    const auto count = SendMessageW(Sets(dlg), CB_GETCOUNT, 0, 0);
-    for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i) {
-        std::wstring name(static_cast<std::size_t>(SendMessageW(Sets(dlg), CB_GETLBTEXTLEN, i, 0)), L'\0');
-        SendMessageW(Sets(dlg), CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(name.data()));
-        names.push_back(name);
-    }
-    return names;
+    return ComboTexts(dlg, IDC_UPDATEDWGDATA_SET);
 }
 
-class UpdateDwgDataDlgTest : public testing::Test {
+class UpdateDwgDataDlgTest : public DialogTest {
 protected:
-    UpdateDwgDataDlgTest() : db_(NewFile().c_str()) {}
-
-    void SetUp() override {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        parent_ = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
-                                  nullptr, nullptr, nullptr);
+    UpdateDwgDataDlgTest() {
         options_.properties = {12};
         options_.selection = Systems(31);
-    }
-    void TearDown() override {
-        DestroyWindow(parent_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    static std::filesystem::path File() {
-        return std::filesystem::temp_directory_path() / L"UpdateDwgDataDlg" / L"project.db";
-    }
-    static std::wstring NewFile() {
-        std::filesystem::remove_all(File().parent_path());
-        std::filesystem::create_directories(File().parent_path());
-        return File().wstring();
     }
 
     void Store(OptionsRec rec) { ASSERT_TRUE(PrjDb::Write(db_, rec)); }
@@ -147,25 +106,9 @@ protected:
         db_.releaseRec(record);
     }
 
-    /// Adds a step that works on the dialog.
-    void Step(std::function<void(HWND)> step) {
-        script_.Then([this, step] { step(dlg_); });
-    }
-    /// Catches the dialog; every script begins with it.
-    void Open() {
-        script_.WithNewDialog([this](HWND dlg) { dlg_ = dlg; });
-    }
-    void Press(int ctrlId) {
-        Step([ctrlId](HWND dlg) { uidriver::Click(dlg, ctrlId); });
-    }
     /// Clicks the item's check box.
     void Check(const wchar_t* text) {
-        Step([=](HWND dlg) {
-            const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), text);
-            ASSERT_TRUE(item) << text;
-            TreeView_EnsureVisible(Tree(dlg), item);
-            uidriver::ClickTreeItem(Tree(dlg), item, true);
-        });
+        Step([=](HWND dlg) { ClickInTree(Tree(dlg), text, true); });
     }
     /// Chooses a set with the keyboard.
     void Choose(int row) {
@@ -174,25 +117,18 @@ protected:
             uidriver::Key(VK_HOME);
         });
         for (int i = 0; i < row; ++i)
-            Step([](HWND) { uidriver::Key(VK_DOWN); });
+            Key(VK_DOWN);
     }
     /// Answers the question for a name.
     void Name(const std::wstring& text) {
-        script_.WithNewDialog([=](HWND ask) {
+        InNewDialog([=](HWND ask) {
             EXPECT_EQ(Shown(ask, kAskText - 1), L"Name:");
             uidriver::SetText(ask, kAskText, text);
         });
-        script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
-    }
-    void ExpectMessage(const std::wstring& text, int button) {
-        script_.WithNewDialog([=](HWND message) {
-            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), text);
-            uidriver::Click(message, button);
-        });
+        Step([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
     }
 
     bool Run(const TREE_INSERTLIST2* items) {
-        script_.Start();
         const auto needsSet = [this](UpdateDwgData::Dlg::MsgId message, std::uint64_t id, std::int64_t none) {
             EXPECT_EQ(message, UpdateDwgData::Dlg::NeedsSelectionSet);
             EXPECT_EQ(none, 0);
@@ -200,20 +136,18 @@ protected:
             if (itemsFail_) throw std::runtime_error("caller");
             return std::int64_t{IsFlow(id)};
         };
-        const bool result =
-            UpdateDwgData::OptionsDlg(parent_, Lng::Hpv, options_, items, db_, host_.Callback(), needsSet);
-        EXPECT_TRUE(script_.Finished()) << script_.Failure();
-        return result;
+        return RunSteps([&] {
+            return UpdateDwgData::OptionsDlg(parent_, Lng::Hpv, options_, items, db_, host_.Callback(), needsSet);
+        });
     }
     bool Run() {
         const TREE_INSERTLIST2 items = Items();
         return Run(&items);
     }
 
-    HWND parent_ = nullptr;
-    HWND dlg_ = nullptr;
-    QBaseDb db_;
-    Script script_;
+    const TestFolder folder_;
+    const std::wstring file_ = folder_.File(L"project.db");
+    QBaseDb db_{file_.c_str()};
     SelectionHost host_;
     Options options_;
     Ids asked_;
@@ -225,7 +159,6 @@ TEST_F(UpdateDwgDataDlgTest, OkGivesTheOptionsBackAsTheyWereShown) {
     Store(Set(L"A name", {13}));
     StoreXml("000007", L"<UpdateDwgDataType Version=\"20161102\" Format=\"20161102\"/>");
     StoreXml("000008", L"<UpdateDwgDataType");
-    Open();
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Update Drawing Data - OrvaCAD HPV");
         const std::pair<int, const wchar_t*> texts[] = {
@@ -253,7 +186,6 @@ TEST_F(UpdateDwgDataDlgTest, OkGivesTheOptionsBackAsTheyWereShown) {
 }
 
 TEST_F(UpdateDwgDataDlgTest, CancelLeavesTheOptionsButNotTheSets) {
-    Open();
     Check(L"Custom");
     Check(L"Supply flow");
     Press(IDC_UPDATEDWGDATA_SAVE_AS);
@@ -268,15 +200,10 @@ TEST_F(UpdateDwgDataDlgTest, CancelLeavesTheOptionsButNotTheSets) {
 
 TEST_F(UpdateDwgDataDlgTest, WithoutACheckedItemNothingIsConfirmedOrSaved) {
     Store(Set(L"Set", {13}));
-    Open();
     Check(L"Length");
     for (const int button : {IDOK, IDC_UPDATEDWGDATA_SAVE, IDC_UPDATEDWGDATA_SAVE_AS}) {
         Step([](HWND dlg) { SetFocus(Sets(dlg)); });
-        Press(button);
-        Step([](HWND dlg) {
-            EXPECT_EQ(uidriver::TopDialog(), dlg);
-            EXPECT_EQ(GetFocus(), Tree(dlg));
-        });
+        ExpectRefused(IDC_UPDATEDWGDATA_ITEMS, button);
     }
     Check(L"Dimensions");
     Press(IDOK);
@@ -287,15 +214,14 @@ TEST_F(UpdateDwgDataDlgTest, WithoutACheckedItemNothingIsConfirmedOrSaved) {
 
 TEST_F(UpdateDwgDataDlgTest, ItemsThatNeedASelectionSetRuleManualSelectionOut) {
     options_.selection = ObjectSelection::Data();
-    Open();
-    Step([](HWND dlg) { EXPECT_TRUE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
+    Step([](HWND dlg) { EXPECT_TRUE(IsChecked(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
     Check(L"Height");
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "a length can be picked by hand"; });
     Check(L"Supply flow");
     const auto expectForced = [](HWND dlg) {
         EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL));
-        EXPECT_FALSE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_MANUAL));
-        EXPECT_TRUE(gwgetcheck(dlg, IDC_UPDATEDWGDATA_CURRENT));
+        EXPECT_FALSE(IsChecked(dlg, IDC_UPDATEDWGDATA_MANUAL));
+        EXPECT_TRUE(IsChecked(dlg, IDC_UPDATEDWGDATA_CURRENT));
     };
     Step(expectForced);
     Check(L"Exhaust flow");
@@ -317,7 +243,6 @@ TEST_F(UpdateDwgDataDlgTest, ItemsThatNeedASelectionSetRuleManualSelectionOut) {
 
 TEST_F(UpdateDwgDataDlgTest, ACallerThatFailsNeedsNoSelectionSet) {
     itemsFail_ = true;
-    Open();
     Check(L"Supply flow");
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
     Press(IDOK);
@@ -328,7 +253,6 @@ TEST_F(UpdateDwgDataDlgTest, ACallerThatFailsNeedsNoSelectionSet) {
 TEST_F(UpdateDwgDataDlgTest, ChoosingASetLoadsItWithoutItsFlagMask) {
     Store(Set(L"Flows", {20, 21, 777}));
     Store(Set(L"Lengths", {12, 13}));
-    Open();
     Check(L"Supply flow");
     Step([](HWND dlg) { EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
     Choose(0);
@@ -349,9 +273,8 @@ TEST_F(UpdateDwgDataDlgTest, ChoosingASetLoadsItWithoutItsFlagMask) {
 
 TEST_F(UpdateDwgDataDlgTest, SavesUnderTheSelectedSetElseAsksForAName) {
     Store(Set(L"First", {13}));
-    Open();
     Press(IDC_UPDATEDWGDATA_SAVE);
-    script_.WithNewDialog([](HWND ask) {
+    InNewDialog([](HWND ask) {
         EXPECT_EQ(Shown(ask, kAskText), L"");
         EXPECT_EQ(SendDlgItemMessageW(ask, kAskText, EM_GETLIMITTEXT, 0, 0), 100);
         uidriver::Click(ask, IDCANCEL);
@@ -384,7 +307,6 @@ TEST_F(UpdateDwgDataDlgTest, RenamesAndDeletesTheSelectedSet) {
     Store(Set(L"First", {12}));
     Store(Set(L"Second", {13}));
     Store(Set(L"Third", {20}));
-    Open();
     Step([](HWND dlg) {
         EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_RENAME));
         EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_DELETE));
@@ -392,13 +314,13 @@ TEST_F(UpdateDwgDataDlgTest, RenamesAndDeletesTheSelectedSet) {
     Choose(1);
     Check(L"Custom");  // which is not what is renamed
     Press(IDC_UPDATEDWGDATA_RENAME);
-    script_.WithNewDialog([](HWND ask) {
+    InNewDialog([](HWND ask) {
         EXPECT_EQ(uidriver::Text(ask), L"Configuration Name - OrvaCAD HPV");
         EXPECT_EQ(Shown(ask, kAskText), L"Second");
         EXPECT_EQ(SendDlgItemMessageW(ask, kAskText, EM_GETLIMITTEXT, 0, 0), 100);
         uidriver::SetText(ask, kAskText, L"100 %d \"ducts\"");
     });
-    script_.Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
+    Step([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
     Step([this](HWND dlg) {
         EXPECT_EQ(Names(dlg), (Texts{L"First", L"100 %d \"ducts\"", L"Third"}));
         EXPECT_EQ(Shown(dlg, IDC_UPDATEDWGDATA_SET), L"100 %d \"ducts\"");
@@ -428,8 +350,7 @@ TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
     Store(Set(L"First", {12}));
     Store(Set(L"Second", {13}));
     Store(Set(L"Third", {20}));
-    QBaseDb other(File().c_str());
-    Open();
+    QBaseDb other(file_.c_str());
     Step([&](HWND) {
         PrjDb::Delete(other, 2);
         OptionsRec third = Set(L"Renamed", {21});
@@ -442,10 +363,7 @@ TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
     });
     Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked) << "what is stored now is loaded"; });
     Press(IDC_UPDATEDWGDATA_RENAME);
-    script_.WithNewDialog([](HWND ask) {
-        EXPECT_EQ(Shown(ask, kAskText), L"Renamed");
-        uidriver::Click(ask, IDCANCEL);
-    });
+    AnswerText(L"Renamed", nullptr);
     Step([](HWND dlg) {
         SetFocus(Sets(dlg));
         uidriver::Key(VK_UP);
@@ -462,8 +380,7 @@ TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
 
 TEST_F(UpdateDwgDataDlgTest, ASetThatIsGoneAlreadyIsDeletedWithoutAWord) {
     Store(Set(L"Set", {12}));
-    QBaseDb other(File().c_str());
-    Open();
+    QBaseDb other(file_.c_str());
     Choose(0);
     Step([&](HWND dlg) {
         PrjDb::Delete(other, 1);
@@ -480,18 +397,17 @@ TEST_F(UpdateDwgDataDlgTest, ASetThatIsGoneAlreadyIsDeletedWithoutAWord) {
 
 TEST_F(UpdateDwgDataDlgTest, ADatabaseThatCannotBeWrittenIsReportedAndTheSetsStay) {
     Store(Set(L"Set", {12}));
-    db_ = QBaseDb(File().c_str(), 0);
-    QBaseDb other(File().c_str());
+    db_ = QBaseDb(file_.c_str(), 0);
+    QBaseDb other(file_.c_str());
     const QBaseDb::QuickMode busy(other, 1, 1);
     ASSERT_TRUE(busy.IsOpen());
     const auto expectFailure = [this] {
-        script_.WithNewDialog([](HWND message) {
+        InNewDialog([](HWND message) {
             EXPECT_FALSE(uidriver::Text(GetDlgItem(message, 0xFFFF)).empty());
             uidriver::Click(message, IDOK);
         });
         Step([](HWND dlg) { EXPECT_EQ(Names(dlg), Texts{L"Set"}); });
     };
-    Open();
     Choose(0);
     Check(L"Custom");
     Press(IDC_UPDATEDWGDATA_SAVE);
@@ -516,7 +432,6 @@ TEST_F(UpdateDwgDataDlgTest, WhenTheTableIsFullANewSetIsListedThatIsNone) {
             ASSERT_TRUE(PrjDb::Write(db_, rec));
         ASSERT_TRUE(scope.End());
     }
-    Open();
     Press(IDC_UPDATEDWGDATA_SAVE_AS);
     Name(L"New");
     Step([](HWND dlg) {
@@ -528,10 +443,7 @@ TEST_F(UpdateDwgDataDlgTest, WhenTheTableIsFullANewSetIsListedThatIsNone) {
         EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_DELETE));
     });
     Press(IDC_UPDATEDWGDATA_SAVE);
-    script_.WithNewDialog([](HWND ask) {
-        EXPECT_EQ(Shown(ask, kAskText), L"") << "saved as another one";
-        uidriver::Click(ask, IDCANCEL);
-    });
+    AnswerText(L"", nullptr);  // saved as another one
     Press(IDCANCEL);
     EXPECT_FALSE(Run());
     std::vector<OptionsRec> recs;
@@ -540,8 +452,7 @@ TEST_F(UpdateDwgDataDlgTest, WhenTheTableIsFullANewSetIsListedThatIsNone) {
 }
 
 TEST_F(UpdateDwgDataDlgTest, SearchNarrowsTheItemsAndEnterChecksTheMatch) {
-    Open();
-    Step([](HWND dlg) { uidriver::SetText(dlg, IDC_UPDATEDWGDATA_SEARCH, L"exh"); });
+    Enter(IDC_UPDATEDWGDATA_SEARCH, L"exh");
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::FindTreeItem(Tree(dlg), L"Length"), nullptr);
         uidriver::Key(VK_RETURN);
@@ -557,7 +468,6 @@ TEST_F(UpdateDwgDataDlgTest, SearchNarrowsTheItemsAndEnterChecksTheMatch) {
 }
 
 TEST_F(UpdateDwgDataDlgTest, WithoutItemsItOpensAndWithoutAHostItFails) {
-    Open();
     Press(IDOK);
     Step([](HWND dlg) { EXPECT_EQ(uidriver::TopDialog(), dlg) << "nothing can be checked"; });
     Press(IDCANCEL);

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstring>
 #include <string_view>
-#include <type_traits>
 
 // Texts in records of a fixed layout: a field is an array of UTF-16 units that always holds a terminating NUL. Such a
 // record may be packed, and a field may then lie at an odd address: it must not be read through a pointer to wchar_t.

@@ -241,6 +241,7 @@ public:
     void GetData(Data& data) const;
     void GetData(RecordData& record) const;
     int GetFlagMask() const;
+    /// Categories come and go with the next Data2Ctrls.
     void SetFlagMask(int flagMask);
     /// In paper space there is no manual selection.
     void SetPaperSpace(bool paperSpace);

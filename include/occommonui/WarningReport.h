@@ -25,9 +25,9 @@ OCCOMMONUI_API void Clear(Lng::AppID app);
 /// report. False when there are none or the report cannot be shown.
 OCCOMMONUI_API bool ShowReport(HWND parent, Lng::AppID app);
 
-/// Tells of the warnings with a balloon at the system tray; a click on it shows the report, modeless. Any other end of
-/// the balloon takes the report with it. Without a tray the report is shown at once. Nothing is shown when there are no
-/// warnings.
+/// Tells of the warnings with a balloon at the system tray; a click on it shows the report, modeless. After any other
+/// end of the balloon that report can no longer be opened. Without a tray the report is shown at once. Nothing is shown
+/// when there are no warnings.
 OCCOMMONUI_API void ShowNotification(HWND parent, Lng::AppID app);
 
 }  // namespace WarningReport

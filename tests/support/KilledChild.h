@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 /// This test program once more, as a process that runs one of its disabled tests and that can be killed at any moment.
 class KilledChild {
@@ -26,7 +27,8 @@ public:
         PROCESS_INFORMATION process{};
         if (!CreateProcessW(program.data(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                             &process))
-            throw std::runtime_error("The test program cannot be started again");
+            throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
+                                    "starting this program again");
         CloseHandle(process.hThread);
         process_.handle = process.hProcess;
     }
@@ -37,6 +39,12 @@ public:
     /// The number that the child has reported last; 0 before the first.
     long Reported() const { return *section_.number; }
 
+    /// Waits until it has reported this number or a higher one; false when it has ended without.
+    bool HasReported(long number) const {
+        while (Reported() < number && !HasEnded(1)) {
+        }
+        return Reported() >= number;
+    }
     /// Whether it has ended within the time.
     bool HasEnded(DWORD milliseconds = 0) const {
         return WaitForSingleObject(process_.handle, milliseconds) == WAIT_OBJECT_0;

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <stdexcept>
 
-/// From now on `module` calls `function` where it calls `name` of `dll`.
+/// From now on `module` calls `function` where it calls `name` of `dll`. May be done again.
 inline void PatchImport(HMODULE module, const wchar_t* dll, const char* name, const void* function) {
     const auto target = reinterpret_cast<const void*>(GetProcAddress(GetModuleHandleW(dll), name));
     auto* const base = reinterpret_cast<std::byte*>(module);
@@ -15,8 +15,9 @@ inline void PatchImport(HMODULE module, const wchar_t* dll, const char* name, co
     const auto& table = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
     auto* const first = reinterpret_cast<const void**>(base + table.VirtualAddress);
     auto* const last = first + table.Size / sizeof(void*);
-    auto* const slot = target ? std::find(first, last, target) : last;
-    if (slot == last) throw std::logic_error(name);
+    auto* const slot =
+        std::find_if(first, last, [&](const void* entry) { return entry == target || entry == function; });
+    if (!target || slot == last) throw std::logic_error(name);
     DWORD protection = 0;
     VirtualProtect(slot, sizeof *slot, PAGE_READWRITE, &protection);
     *slot = function;

@@ -17,6 +17,7 @@ struct SelectionHost {
         Message message;
         std::uint64_t wParam;
         std::int64_t lParam;
+        bool operator==(const Asked&) const = default;
     };
     /// Answers a message in place of the host.
     using Answer = std::function<std::int64_t(std::uint64_t wParam, std::int64_t lParam)>;

@@ -2,7 +2,6 @@
 
 #include <orvatool/SimpleReport.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -16,7 +15,7 @@ public:
     ~ColumnRanks();
 
     bool Done() const { return work_ == nullptr; }
-    /// Does the next step, of a few milliseconds at most.
+    /// Does the next step: some milliseconds at most in a report of 100,000 rows.
     void Advance();
 
     /// `rows` sorted, once all is done. Rows that are equal stay in their order.

@@ -213,11 +213,14 @@ gwRedrawOff::gwRedrawOff(HWND window)
     if (!outermost_) return;
     SetPropW(window, kRedrawProperty, window);
     SendMessageW(window, WM_SETREDRAW, FALSE, 0);
+    // A control that keeps WM_SETREDRAW to itself may go on drawing its scroll bars at every change.
+    if (visible_) DefWindowProcW(window, WM_SETREDRAW, FALSE, 0);
 }
 
 gwRedrawOff::~gwRedrawOff() {
     if (!outermost_ || !IsWindow(window_)) return;
     RemovePropW(window_, kRedrawProperty);
+    if (visible_) DefWindowProcW(window_, WM_SETREDRAW, TRUE, 0);
     SendMessageW(window_, WM_SETREDRAW, TRUE, 0);
     // Windows that leave WM_SETREDRAW to the system are visible after it even when they were hidden.
     if (!visible_) ShowWindow(window_, SW_HIDE);

@@ -6,12 +6,15 @@
 #include <algorithm>
 #include <cstddef>
 #include <cwchar>
+#include <functional>
+#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 #include "CheckImages.h"
 #include "CheckLog.h"
+#include "TreeInput.h"
 
 namespace {
 
@@ -20,8 +23,9 @@ constexpr int kStateShift = 12;  // state image numbers are kept in bits 12 to 1
 // What is kept for a tree that is watched, up to the end of its window.
 struct WatchedTree {
     WNDPROC procedure = nullptr;  // the tree's own
-    win32::ImageList checkImages;
+    std::shared_ptr<const win32::ImageList> checkImages;
     LPARAM press = 0;  // where the left button went down last: client coordinates, packed as in a message
+    std::function<void()> beforeInput;
     bool logsChecks = false;
     std::vector<std::pair<HTREEITEM, int>> checkLog;
 };
@@ -165,15 +169,24 @@ void MakeBoxesOpaque(DWORD* pixels, SIZE cell, SIZE box) {
     }
 }
 
-void UseCheckImages(HWND tree, WatchedTree& watched) {
-    win32::ImageList images = CreateCheckImages(tree);
-    SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(images.get()));
+// The trees of one resolution share their images, which takes long to draw.
+std::shared_ptr<const win32::ImageList> CheckImagesFor(HWND tree, bool anew) {
+    static std::unordered_map<unsigned, std::weak_ptr<const win32::ImageList>> imagesByDpi;
+    std::weak_ptr<const win32::ImageList>& known = imagesByDpi[win32::DpiOf(tree)];
+    std::shared_ptr<const win32::ImageList> images = anew ? nullptr : known.lock();
+    if (!images) known = images = std::make_shared<const win32::ImageList>(CreateCheckImages(tree));
+    return images;
+}
+
+void UseCheckImages(HWND tree, WatchedTree& watched, bool anew) {
+    std::shared_ptr<const win32::ImageList> images = CheckImagesFor(tree, anew);
+    SendMessageW(tree, TVM_SETIMAGELIST, TVSIL_STATE, reinterpret_cast<LPARAM>(images->get()));
     watched.checkImages = std::move(images);
 }
 
 bool HasCheckImages(HWND tree) {
     const auto found = watchedTrees.find(tree);
-    return found != watchedTrees.end() && found->second.checkImages;
+    return found != watchedTrees.end() && found->second.checkImages != nullptr;
 }
 
 int CheckOf(UINT itemState) {
@@ -186,16 +199,31 @@ void LogCheck(WatchedTree& watched, const TVITEMEXW& item) {
     if (setsCheck && watched.logsChecks) watched.checkLog.emplace_back(item.hItem, CheckOf(item.state));
 }
 
+bool IsInput(UINT message) {
+    return message == WM_KEYDOWN || message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK ||
+           message == WM_RBUTTONDOWN;
+}
+
+// What fails is left to be done later.
+void RunBeforeInput(WatchedTree& watched) noexcept {
+    try {
+        if (const auto run = std::exchange(watched.beforeInput, nullptr)) run();
+    } catch (...) {
+        return;
+    }
+}
+
 LRESULT CALLBACK WatchProc(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) {
     const auto found = watchedTrees.find(tree);
     if (found == watchedTrees.end()) return DefWindowProcW(tree, message, wParam, lParam);
     const WNDPROC procedure = found->second.procedure;
     if (message == WM_LBUTTONDOWN || message == WM_LBUTTONDBLCLK) found->second.press = lParam;
+    if (IsInput(message)) RunBeforeInput(found->second);
     if (message == TVM_SETITEMW) LogCheck(found->second, *reinterpret_cast<const TVITEMEXW*>(lParam));
     const LRESULT result = CallWindowProcW(procedure, tree, message, wParam, lParam);
     if (message == WM_NCDESTROY) watchedTrees.erase(tree);
     if ((message == WM_DPICHANGED_AFTERPARENT || message == WM_THEMECHANGED) && HasCheckImages(tree))
-        UseCheckImages(tree, watchedTrees.at(tree));
+        UseCheckImages(tree, watchedTrees.at(tree), message == WM_THEMECHANGED);
     return result;
 }
 
@@ -217,22 +245,6 @@ TVHITTESTINFO Pressed(HWND tree) {
     hit.pt = {static_cast<short>(LOWORD(press)), static_cast<short>(HIWORD(press))};
     SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
     return hit;
-}
-
-// The item whose check box was clicked, or that the space bar is for.
-HTREEITEM CheckedItem(const NMHDR* header) {
-    switch (header->code) {
-        case NM_CLICK:
-        case NM_DBLCLK: {
-            const TVHITTESTINFO hit = Pressed(header->hwndFrom);
-            return hit.flags & TVHT_ONITEMSTATEICON ? hit.hItem : nullptr;
-        }
-        case TVN_KEYDOWN:
-            if (reinterpret_cast<const NMTVKEYDOWN*>(header)->wVKey != VK_SPACE) return nullptr;
-            return Next(header->hwndFrom, TVGN_CARET, nullptr);
-        default:
-            return nullptr;
-    }
 }
 
 }  // namespace
@@ -273,9 +285,30 @@ std::vector<std::pair<HTREEITEM, int>> TakeCheckLog(HWND tree) {
     return found == watchedTrees.end() ? decltype(found->second.checkLog)() : std::exchange(found->second.checkLog, {});
 }
 
+void BeforeNextInput(HWND tree, std::function<void()> run) {
+    const auto found = watchedTrees.find(tree);
+    if (found != watchedTrees.end()) found->second.beforeInput = std::move(run);
+}
+
+HTREEITEM CheckedItem(const NMHDR* header) {
+    if (!HasCheckImages(header->hwndFrom)) return nullptr;
+    switch (header->code) {
+        case NM_CLICK:
+        case NM_DBLCLK: {
+            const TVHITTESTINFO hit = Pressed(header->hwndFrom);
+            return hit.flags & TVHT_ONITEMSTATEICON ? hit.hItem : nullptr;
+        }
+        case TVN_KEYDOWN:
+            if (reinterpret_cast<const NMTVKEYDOWN*>(header)->wVKey != VK_SPACE) return nullptr;
+            return Next(header->hwndFrom, TVGN_CARET, nullptr);
+        default:
+            return nullptr;
+    }
+}
+
 void gwTVaddChecks(HWND tree) {
     if (!IsWindow(tree) || HasCheckImages(tree)) return;
-    UseCheckImages(tree, Watch(tree));
+    UseCheckImages(tree, Watch(tree), false);
     const gwRedrawOff quiet(tree);
     const HTREEITEM first = Next(tree, TVGN_ROOT, nullptr);
     for (HTREEITEM item = first; item; item = gwTVnext(tree, item))
@@ -311,8 +344,7 @@ void gwTVUpdate3StateCheckForItems(HWND tree, const std::vector<HTREEITEM>& item
 }
 
 HTREEITEM gwTVCheckFromNotify(const NMHDR* header) {
-    const bool checks = header && HasCheckImages(header->hwndFrom);
-    const HTREEITEM item = checks ? CheckedItem(header) : nullptr;
+    const HTREEITEM item = header ? CheckedItem(header) : nullptr;
     if (!item) return nullptr;
     const bool checked = gwTVgetCheck(header->hwndFrom, item) == kTreeChecked;
     gwTVsetCheck(header->hwndFrom, item, checked ? kTreeUnchecked : kTreeChecked);

@@ -58,6 +58,7 @@ void NameListInDwg::Tree::Fill(HWND tree, const std::vector<Branch>& branches, c
     drawings_ = {};
     names_.clear();
     numbers_.clear();
+    AddDrawings(branches, list);
     for (const Branch& branch : branches)
         AddBranch(branch);
     rows_.finalize();
@@ -65,8 +66,7 @@ void NameListInDwg::Tree::Fill(HWND tree, const std::vector<Branch>& branches, c
     AddMissing(list, missing);
     const gwRedrawOff quiet(tree);
     search_.Attach(tree, &rows_, nullptr, nullptr, StatesFor(list));
-    if (rows_.size() > listed)
-        SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(search_.Item(listed)));
+    search_.Expand(listed);
 }
 
 void NameListInDwg::Tree::GetChecked(NameListInDwg& list) const {
@@ -103,6 +103,15 @@ std::size_t NameListInDwg::Tree::AddName(const DrawingRef& drawing, const ustr& 
     const auto [at, added] = numbers_.try_emplace({drawings_.Add(drawing), name}, names_.size());
     if (added) names_.push_back({drawing, name});
     return at->second;
+}
+
+// Before any name is numbered: a drawing that is added may change which one another is the same as.
+void NameListInDwg::Tree::AddDrawings(const std::vector<Branch>& branches, const NameListInDwg& list) {
+    for (const Branch& branch : branches) {
+        if (!branch.names.empty()) drawings_.Add(branch.drawing);
+    }
+    for (const Entry& entry : list.entries)
+        drawings_.Add(entry.drawing);
 }
 
 void NameListInDwg::Tree::AddRow(int level, const ustr& text, std::size_t number) {

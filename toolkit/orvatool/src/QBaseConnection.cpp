@@ -226,7 +226,7 @@ bool QBaseDb::Connection::Finish() {
 
 void QBaseDb::Connection::AfterFailure(Access access) {
     // SQLite may have ended the transaction by itself: what came now would be one of its own.
-    if (access == Access::Write || !database_->InTransaction()) sound_ = false;
+    if (access == Access::Write || !database_->InTransaction()) Spoil();
 }
 
 QBaseDb::Connection::InUse QBaseDb::Connection::Prepared(Sql sql) {

@@ -39,6 +39,8 @@ public:
     bool Enter(Access access);
     /// False when the scope is spoiled or, for the outermost, its changes are not in the file.
     bool Leave();
+    /// Nothing works in the present scope any more.
+    void Spoil() { sound_ = false; }
 
     /// Runs `operation` in a scope of its own or the present one. 0, or the code of what it threw or of why it could
     /// not be run.

@@ -115,13 +115,14 @@ bool QBaseDb::QuickMode::End() {
 bool QBaseDb::existRec(const char* type, const char* objId) const {
     if (!connection_ || !IsGiven(type) || !IsGiven(objId)) return false;
     bool found = false;
-    connection_->Run(Connection::Access::Read, [&] {
+    const int code = connection_->Run(Connection::Access::Read, [&] {
         if (!connection_->HasTables()) return;
         const auto exists = connection_->Prepared(Connection::Sql::Exists);
         exists->BindView(1, type);
         exists->BindView(2, objId);
         found = exists->Step();
     });
+    if (code != 0) connection_->Spoil();  // whoever is told "no" takes the id
     return found;
 }
 

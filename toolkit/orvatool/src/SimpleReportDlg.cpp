@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cwchar>
+#include <iterator>
 #include <utility>
 
 #include "../resources/orvatool_ids.h"
@@ -52,6 +53,13 @@ ustr SystemMessage(DWORD error) {
     FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
                    static_cast<DWORD>(std::size(text)), nullptr);
     return text;
+}
+
+// Whether rows were selected or deselected: the focus may move alone.
+bool ChangesSelection(const NMHDR& header) {
+    if (header.code != LVN_ITEMCHANGED) return header.code == LVN_ODSTATECHANGED;
+    const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+    return ((change.uOldState ^ change.uNewState) & LVIS_SELECTED) != 0;
 }
 
 bool IsPressed(int virtualKey) {
@@ -125,7 +133,7 @@ bool SimpleReportDlg::OnNotify(unsigned __int64 wParam, __int64 lParam) {
         return true;
     }
     if (header->hwndFrom != list_.hWnd()) return OCDialog::OnNotify(wParam, lParam);
-    if ((header->code == LVN_ITEMCHANGED || header->code == LVN_ODSTATECHANGED) && !marking_) {
+    if (ChangesSelection(*header) && !marking_) {
         hiddenSelected_.clear();  // the user selects anew
         waiting_.clear();
         SelectionChanged();

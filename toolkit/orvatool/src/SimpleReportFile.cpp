@@ -58,10 +58,17 @@ void AppendUtf8(std::string& bytes, std::wstring_view text) {
     bytes += std::string_view(orvaspace::ToUtf8(WholeCharacters(text)));
 }
 
+bool HasXmlForm(wchar_t c) {
+    return c == L'\t' || c == L'\n' || (c >= L' ' && c != 0xFFFE && c != 0xFFFF);
+}
+
 // For the content of elements and attributes. What XML has no way to write is left out.
 void AppendXml(std::string& xml, std::wstring_view text) {
-    const astr utf8 = orvaspace::ToUtf8(WholeCharacters(text));
-    for (const char c : utf8) {
+    ustr written;
+    for (const wchar_t c : WholeCharacters(text)) {
+        if (HasXmlForm(c)) written.append(c);
+    }
+    for (const char c : orvaspace::ToUtf8(written)) {
         switch (c) {
             case '&':
                 xml += "&amp;";
@@ -80,16 +87,17 @@ void AppendXml(std::string& xml, std::wstring_view text) {
                 xml.append("&#").append(std::to_string(static_cast<int>(c))).append(";");
                 break;
             default:
-                if (static_cast<unsigned char>(c) >= ' ') xml.push_back(c);
+                xml.push_back(c);
         }
     }
 }
 
-// U+FFFE and U+FFFF are no characters; a line break is a line feed to spreadsheets.
+// As much as a cell holds. A line break is a line feed to spreadsheets.
 ustr CellContent(std::wstring_view text) {
     ustr content;
-    for (const wchar_t c : text) {
-        if (c != 0xFFFE && c != 0xFFFF) content.append(c);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool inPair = text[i] == L'\r' && text.substr(i + 1).starts_with(L'\n');
+        if (!inPair) content.append(text[i] == L'\r' ? L'\n' : text[i]);
     }
     content.truncate(kMostCell);
     return content;
@@ -150,8 +158,13 @@ public:
 private:
     void Number(std::wstring_view text) {
         xml_ += "<Cell><Data ss:Type=\"Number\">";
-        for (const wchar_t c : text)
-            xml_.push_back(IsDigit(c) || c == L'-' ? static_cast<char>(c) : '.');
+        for (const wchar_t c : text) {
+            if (IsDigit(c) || c == L'-') {
+                xml_.push_back(static_cast<char>(c));
+            } else if (xml_.back() != '.') {  // of a separator of several characters one point
+                xml_.push_back('.');
+            }
+        }
         xml_ += "</Data></Cell>";
     }
 

@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <memory>
 #include <utility>
 
 #include "SimpleReportDlg.h"

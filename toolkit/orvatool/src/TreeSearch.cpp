@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "CheckLog.h"
 #include "SearchEdit.h"
+#include "TreeInput.h"
 #include "TreeRows.h"
 
 struct TreeSearch::Matches {
@@ -23,6 +25,10 @@ constexpr std::size_t kMaxWords = 64;  // a bit each
 constexpr std::size_t kMaxOpening = 1000;
 // Changes up to this part of the shown rows are made singly; for more the tree is built anew, which is faster then.
 constexpr std::size_t kFewOf = 16;
+// Rows that are put in at a time; some 10 ms.
+constexpr std::size_t kPiece = 2000;
+// To change the checks of more rows takes longer than to build the tree anew.
+constexpr std::size_t kFewChecks = 1000;
 // To open or close a branch costs a tree as much as to take out or put in so many rows.
 constexpr std::size_t kRowsPerBranch = 100;
 
@@ -76,17 +82,22 @@ std::vector<std::size_t> ParentsOf(const TREE_INSERTLIST& list, std::size_t none
 
 }  // namespace
 
+TreeSearch::~TreeSearch() {
+    Await(false);
+}
+
 void TreeSearch::Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit, const wchar_t* cue,
                         const std::vector<int>& checks) {
+    Await(false);
     tree_ = tree;
     list_ = list ? list : &kNoRows;
     folded_.Assign(*list_, [](const TREE_INSERTITEM& row) -> const ustr& { return row.text; });
     parents_ = ParentsOf(*list_, kNoRow);
     items_.assign(list_->size(), nullptr);
-    expanded_.assign(list_->size(), false);
     checks_ = checks;
     checks_.resize(list_->size(), kTreeUnchecked);
     ParentsFromChildren(checks_);
+    expanded_ = PartlyChecked();
     selected_ = firstMatch_ = kNoRow;
     filtered_ = false;
     if (edit) SetEdit(edit, cue);
@@ -112,7 +123,7 @@ void TreeSearch::Filter(const ustr& text) {
         filtered_ = true;
     }
     Show(matches.wanted, matches.opening > kMaxOpening ? expanded_ : matches.open);
-    const bool stays = selected != kNoRow && items_[selected];
+    const bool stays = selected != kNoRow && matches.wanted[selected];
     if (!stays) firstMatch_ = matches.first;
     SelectRow(stays ? selected : matches.first);
 }
@@ -122,17 +133,21 @@ const TREE_INSERTITEM* TreeSearch::Row(HTREEITEM item) const {
     return row == kNoRow ? nullptr : &(*list_)[row];
 }
 
-HTREEITEM TreeSearch::Item(std::size_t row) const {
-    return row < items_.size() ? items_[row] : nullptr;
-}
-
 bool TreeSearch::Select(std::int64_t value) {
     for (std::size_t row = 0; row < items_.size(); ++row) {
-        if (!items_[row] || (*list_)[row].value != value) continue;
+        const bool toCome = row >= next_ && wanted_[row];
+        if ((*list_)[row].value != value || (!items_[row] && !toCome)) continue;
         SelectRow(row);
         return true;
     }
     return false;
+}
+
+void TreeSearch::Expand(std::size_t row) {
+    if (row >= items_.size()) return;
+    expanded_[row] = true;
+    if (row >= next_) open_[row] = true;
+    SendMessageW(tree_, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(items_[row]));
 }
 
 std::vector<int> TreeSearch::GetChecks() const {
@@ -145,16 +160,39 @@ void TreeSearch::SetChecks(const std::vector<int>& states) {
     checks_ = states;
     checks_.resize(items_.size(), kTreeUnchecked);
     ParentsFromChildren(checks_);
-    const gwRedrawOff quiet(tree_);
-    for (std::size_t row = 0; row < items_.size(); ++row) {
-        if (checks_[row] != before[row]) gwTVsetCheck(tree_, items_[row], checks_[row]);
+    std::vector<std::size_t> changed;
+    for (std::size_t row = 0; row < next_; ++row) {
+        if (items_[row] && checks_[row] != before[row]) changed.push_back(row);
     }
+    if (changed.size() > kFewChecks) return RebuildAsIs();
+    const gwRedrawOff quiet(tree_);
+    for (const std::size_t row : changed)
+        gwTVsetCheck(tree_, items_[row], checks_[row]);
 }
 
-void TreeSearch::ShowParentChecks() {
-    if (!filtered_) return;  // nothing is hidden
-    LearnChecks();
-    PutParentChecks();
+void TreeSearch::TurnCheck(HTREEITEM item) {
+    const std::size_t turned = FindRow(item);
+    if (turned == kNoRow) return;
+    std::vector<int> states = GetChecks();
+    const int state = states[turned] == kTreeChecked ? kTreeUnchecked : kTreeChecked;
+    for (std::size_t row = turned; row < EndOf(turned); ++row) {
+        if (wanted_[row]) states[row] = state;
+    }
+    SetChecks(states);
+}
+
+void TreeSearch::TurnChecks(int (*turn)(int state)) {
+    std::vector<int> states = GetChecks();
+    for (std::size_t row = 0; row < states.size(); ++row) {
+        if (wanted_[row] && !HasRowsBelow(row)) states[row] = turn(states[row]);
+    }
+    SetChecks(states);
+}
+
+bool TreeSearch::CheckFromNotify(const NMHDR* header) {
+    const HTREEITEM item = header && header->hwndFrom == tree_ ? CheckedItem(header) : nullptr;
+    if (item) TurnCheck(item);
+    return item != nullptr;
 }
 
 // Of the rows that are shown: those that are not have the state that they had.
@@ -212,6 +250,9 @@ void TreeSearch::Restore() {
 void TreeSearch::Show(const std::vector<bool>& wanted, const std::vector<bool>& open) {
     LearnChecks();
     if (AreFew(wanted, open)) {
+        next_ = items_.size();
+        wanted_ = wanted;
+        Await(false);
         Change(wanted);
         Open(open);
     } else {
@@ -256,15 +297,71 @@ void TreeSearch::Change(const std::vector<bool>& wanted) {
 
 void TreeSearch::Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open) {
     const gwRedrawOff quiet(tree_);
-    rows_.clear();
     SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, 0);
     SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
+    items_.assign(items_.size(), nullptr);
+    wanted_ = wanted;
+    open_ = open;
+    next_ = 0;
+    PutIn(kPiece);
+}
+
+// The user sees the same as before.
+void TreeSearch::RebuildAsIs() {
+    const gwRedrawOff quiet(tree_);
+    const std::size_t selected = SelectedRow();
+    const auto first = FindRow(reinterpret_cast<HTREEITEM>(SendMessageW(tree_, TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0)));
+    std::vector<bool> open = open_;
+    for (std::size_t row = 0; row < next_; ++row)
+        open[row] = IsOpen(row);
+    Rebuild(std::vector<bool>(wanted_), open);
+    SelectRow(selected);
+    BringIn(first);
+    if (first != kNoRow)
+        SendMessageW(tree_, TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(items_[first]));
+}
+
+// The next rows, at most `count`.
+void TreeSearch::PutIn(std::size_t count) {
+    const gwRedrawOff quiet(tree_);
+    rows_.clear();
     TreeRowInserter inserter(tree_, HasImages(*list_));
-    for (std::size_t row = 0; row < items_.size(); ++row) {
-        items_[row] = nullptr;
-        const HTREEITEM parent = parents_[row] == kNoRow ? TVI_ROOT : items_[parents_[row]];
-        if (!wanted[row] || !parent) continue;
-        items_[row] = inserter.Insert(parent, TVI_LAST, (*list_)[row], checks_[row], open[row]);
+    for (; next_ < items_.size() && count > 0; ++next_) {
+        const HTREEITEM parent = parents_[next_] == kNoRow ? TVI_ROOT : items_[parents_[next_]];
+        if (!wanted_[next_] || !parent) continue;
+        items_[next_] = inserter.Insert(parent, TVI_LAST, (*list_)[next_], checks_[next_], open_[next_]);
+        --count;
+    }
+    Await(next_ < items_.size());
+}
+
+// Timers come after all input and painting.
+void TreeSearch::Await(bool more) {
+    if (std::exchange(awaiting_, more) == more) return;
+    if (more) {
+        SetTimer(tree_, reinterpret_cast<UINT_PTR>(this), USER_TIMER_MINIMUM,
+                 [](HWND, UINT, UINT_PTR self, DWORD) { reinterpret_cast<TreeSearch*>(self)->OnIdle(); });
+        BeforeNextInput(tree_, [this] { Complete(); });
+    } else {
+        KillTimer(tree_, reinterpret_cast<UINT_PTR>(this));
+        BeforeNextInput(tree_, nullptr);
+    }
+}
+
+void TreeSearch::Complete() {
+    if (next_ < items_.size()) PutIn(items_.size());
+}
+
+void TreeSearch::BringIn(std::size_t row) {
+    while (row != kNoRow && row >= next_)
+        PutIn(kPiece);
+}
+
+void TreeSearch::OnIdle() noexcept {
+    try {
+        PutIn(kPiece);
+    } catch (...) {  // out of memory: the next input tries again
+        KillTimer(tree_, reinterpret_cast<UINT_PTR>(this));
     }
 }
 
@@ -276,9 +373,20 @@ void TreeSearch::Open(const std::vector<bool>& open) {
 }
 
 void TreeSearch::SelectRow(std::size_t row) {
+    BringIn(row);
     const HTREEITEM item = row == kNoRow ? nullptr : items_[row];
     SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
     if (item) SendMessageW(tree_, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
+}
+
+// None where they would be too many to be seen at a glance.
+std::vector<bool> TreeSearch::PartlyChecked() const {
+    std::vector<bool> partly;
+    for (const int state : checks_)
+        partly.push_back(state == kTreePartial);
+    const auto count = static_cast<std::size_t>(std::count(partly.begin(), partly.end(), true));
+    if (count > kMaxOpening) partly.assign(partly.size(), false);
+    return partly;
 }
 
 std::size_t TreeSearch::RowOf(HTREEITEM item) const {
@@ -307,14 +415,21 @@ bool TreeSearch::HasRowsBelow(std::size_t row) const {
     return row + 1 < parents_.size() && parents_[row + 1] == row;
 }
 
+// After the last row below it.
+std::size_t TreeSearch::EndOf(std::size_t row) const {
+    std::size_t end = row + 1;
+    while (end < parents_.size() && parents_[end] != kNoRow && parents_[end] >= row)
+        ++end;
+    return end;
+}
+
 bool TreeSearch::IsOpen(std::size_t row) const {
     return items_[row] && HasRowsBelow(row) && ItemState(tree_, items_[row], TVIS_EXPANDED) != 0;
 }
 
 void TreeSearch::RememberExpansion() {
-    for (std::size_t row = 0; row < items_.size(); ++row) {
+    for (std::size_t row = 0; row < next_; ++row)
         expanded_[row] = IsOpen(row);
-    }
 }
 
 void TreeSearch::ParentsFromChildren(std::vector<int>& states) const {

@@ -74,6 +74,7 @@ private:
 
     std::size_t Number(const DrawingRef& drawing, const ustr& name) const;
     std::size_t AddName(const DrawingRef& drawing, const ustr& name);
+    void AddDrawings(const std::vector<Branch>& branches, const NameListInDwg& list);
     void AddRow(int level, const ustr& text, std::size_t number);
     void AddBranch(const Branch& branch);
     void AddMissing(const NameListInDwg& list, const Missing& missing);

@@ -53,8 +53,8 @@ public:
     /// A scope in which many operations are one: a read scope sees one state of the database, a write scope is one
     /// transaction. Outside of scopes each operation is one of its own. Scopes nest; the outermost counts, and a write
     /// scope within a read scope fails. A failed write operation spoils the scope: nothing works in it any more, and
-    /// its end takes everything back. To delete what is not there is no such failure. Nothing works in a scope that
-    /// could not be entered either.
+    /// its end takes everything back and fails. To delete what is not there is no such failure; that existRec cannot
+    /// tell is one. Nothing works in a scope that could not be entered either.
     class ORVATOOL_API QuickMode {
     public:
         /// `write` is 1 for a write scope, else 0; `mode` is reserved: 1.
@@ -75,6 +75,7 @@ public:
         bool open_ = false;
     };
 
+    /// False also when it cannot be told; then the scope is spoiled, so that no id is taken that may be in use.
     bool existRec(const char* type, const char* objId) const;
     /// The record, null when there is none or it cannot be read. Whoever gets a record releases it.
     Rec* findRec(const char* type, const char* objId) const;

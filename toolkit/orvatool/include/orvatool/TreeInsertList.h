@@ -117,13 +117,22 @@ ORVATOOL_API TreeFill FillTree(HWND tree, const TREE_INSERTLIST2& list, HTREEITE
 ///
 /// In a tree with check boxes a row keeps its state while it is not shown. A row with rows below it has the state that
 /// follows from all of them, so that one that was turned on while a search hid some of its rows ends as partial.
+///
+/// Thousands of rows are put into the tree in pieces: the first at once, the others while there is no input to answer,
+/// and all of them as soon as the user presses a key or a button there. So the checks of a tree that may be long are
+/// turned by the functions here.
 class ORVATOOL_API TreeSearch {
 public:
+    TreeSearch() = default;
+    ~TreeSearch();
+    TreeSearch(const TreeSearch&) = delete;
+    TreeSearch& operator=(const TreeSearch&) = delete;
+
     /// Fills the tree with all rows in place of what it holds. `list` must outlive this object and stay as it is;
     /// attach again when it changed. `edit` is the search field, if there is one: Up, Down, Page Up and Page Down in it
     /// move the tree's selection, Esc empties a search before it cancels the dialog; `cue` is its grey text while it is
     /// empty. Its EN_CHANGE is the owner's, to call Filter. `checks` are states as for SetChecks; without them all rows
-    /// are unchecked.
+    /// are unchecked. Branches that are checked in part are open.
     void Attach(HWND tree, const TREE_INSERTLIST* list, HWND edit = nullptr, const wchar_t* cue = nullptr,
                 const std::vector<int>& checks = {});
     /// Makes `edit` the search field, see Attach. One field can serve several trees, one at a time.
@@ -133,18 +142,22 @@ public:
     void Filter(const ustr& text);
     /// The row of a tree item, null for none.
     const TREE_INSERTITEM* Row(HTREEITEM item) const;
-    /// The tree item of a row, null while it is not shown.
-    HTREEITEM Item(std::size_t row) const;
     /// Selects and shows the first row of this value; false when none is shown.
     bool Select(std::int64_t value);
+    /// Opens the branch of a row.
+    void Expand(std::size_t row);
 
     /// The check states of all rows (TreeCheck), shown or not.
     std::vector<int> GetChecks() const;
     /// Sets them; rows with rows below them follow from those.
     void SetChecks(const std::vector<int>& states);
-    /// For the owner when the user has turned a check: rows with rows below them then show what follows from all of
-    /// these, shown or not.
-    void ShowParentChecks();
+    /// Turns the check of a tree item, and those of the rows shown below it alike.
+    void TurnCheck(HTREEITEM item);
+    /// Gives each row that is shown, and has none below it, the state that `turn` makes of its own.
+    void TurnChecks(int (*turn)(int state));
+    /// For a click or a key that the tree tells its owner of: turns the check that it is for. False when it is for
+    /// none.
+    bool CheckFromNotify(const tagNMHDR* header);
 
 private:
     static constexpr std::size_t kNoRow = static_cast<std::size_t>(-1);
@@ -156,13 +169,21 @@ private:
     bool AreFew(const std::vector<bool>& wanted, const std::vector<bool>& open) const;
     void Change(const std::vector<bool>& wanted);
     void Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open);
+    void RebuildAsIs();
+    void PutIn(std::size_t count);
+    void Complete();
+    void BringIn(std::size_t row);
+    void Await(bool more);
+    void OnIdle() noexcept;
     void Open(const std::vector<bool>& open);
     void SelectRow(std::size_t row);
     void LearnChecks() const;
+    std::vector<bool> PartlyChecked() const;
     std::size_t RowOf(HTREEITEM item) const;
     std::size_t FindRow(HTREEITEM item) const;
     std::size_t SelectedRow() const;
     bool HasRowsBelow(std::size_t row) const;
+    std::size_t EndOf(std::size_t row) const;
     bool IsOpen(std::size_t row) const;
     void RememberExpansion();
     void ParentsFromChildren(std::vector<int>& states) const;
@@ -174,6 +195,10 @@ private:
     std::vector<std::size_t> parents_;                         // by row; kNoRow for roots
     std::vector<HTREEITEM> items_;                             // by row; null while it is not shown
     mutable std::unordered_map<HTREEITEM, std::size_t> rows_;  // of the shown items; empty until it is asked for
+    std::size_t next_ = 0;                                     // rows from here on are still to come
+    std::vector<bool> wanted_;                                 // by row: is to be shown
+    std::vector<bool> open_;                                   // by row: is to be open
+    bool awaiting_ = false;                                    // a piece is due
     std::vector<bool> expanded_;                               // by row: open when there was no search
     mutable std::vector<int> checks_;                          // by row, but for what the tree was told since
     std::size_t selected_ = kNoRow;                            // when there was no search

@@ -24,5 +24,6 @@ using HFONT = HFONT__*;
 using HBRUSH = HBRUSH__*;
 using HTREEITEM = _TREEITEM*;
 using HIMAGELIST = _IMAGELIST*;
+struct tagNMHDR;
 struct tagRECT;
 struct tagPOINT;

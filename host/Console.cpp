@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include <string>
+#include <orvatool/Gw.h>
 
 #include "host/Utf.h"
 
@@ -19,27 +19,34 @@ HANDLE Stream(DWORD which) {
     return GetStdHandle(which);
 }
 
-void Print(DWORD which, std::wstring_view line) {
+bool Print(DWORD which, std::wstring_view line) {
     const HANDLE stream = Stream(which);
-    if (!IsUsable(stream)) return;
+    if (!IsUsable(stream)) return false;
     const std::wstring text = std::wstring(line) + L"\r\n";
     DWORD written = 0;
     if (DWORD mode = 0; GetConsoleMode(stream, &mode)) {
-        WriteConsoleW(stream, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-        return;
+        return WriteConsoleW(stream, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != 0;
     }
     const std::string bytes = ToUtf8(text);
-    WriteFile(stream, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    return WriteFile(stream, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) != 0;
 }
 
 }  // namespace
 
-void PrintOut(std::wstring_view line) {
-    Print(STD_OUTPUT_HANDLE, line);
+bool PrintOut(std::wstring_view line) {
+    return Print(STD_OUTPUT_HANDLE, line);
 }
 
-void PrintError(std::wstring_view line) {
-    Print(STD_ERROR_HANDLE, line);
+bool PrintError(std::wstring_view line) {
+    return Print(STD_ERROR_HANDLE, line);
+}
+
+void ShowError(const std::wstring& message) {
+    gwerrmsg(GetActiveWindow(), kSharedTexts, message.c_str());
+}
+
+bool AskToRetry(const std::wstring& message) {
+    return gwyesnomsg(GetActiveWindow(), kSharedTexts, (message + L"\r\n\r\nTry again?").c_str());
 }
 
 }  // namespace ochost

@@ -1,12 +1,18 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace ochost {
 
-// The output of a program of the window subsystem: to the file or pipe that it was started with, else to the console
-// that it was started from, else nowhere. Each call writes a line.
-void PrintOut(std::wstring_view line);
-void PrintError(std::wstring_view line);
+/// Writes a line to the standard output or error stream; to the console that the program was started from when it was
+/// given none. False when there is neither: then nothing is written.
+bool PrintOut(std::wstring_view line);
+bool PrintError(std::wstring_view line);
+
+/// Shows the user what failed, above the window that he works in, until he has confirmed it.
+void ShowError(const std::wstring& message);
+/// The same, and asks whether it shall be tried again.
+bool AskToRetry(const std::wstring& message);
 
 }  // namespace ochost

@@ -1,7 +1,9 @@
 #include "host/DialogCatalog.h"
 
 #include <algorithm>
+#include <exception>
 
+#include "host/Utf.h"
 #include "host/dialogs/Families.h"
 
 namespace ochost {
@@ -21,6 +23,17 @@ const wchar_t* Name(Outcome outcome) {
             break;
     }
     return L"failed";
+}
+
+Outcome Run(const DialogEntry& dialog, DialogContext& context) {
+    try {
+        return dialog.run(context);
+    } catch (const Failure& failure) {
+        context.reporter.Fail(failure.message);
+    } catch (const std::exception& error) {
+        context.reporter.Fail(ToUtf16(error.what()));
+    }
+    return Outcome::Failed;
 }
 
 }  // namespace
@@ -47,14 +60,9 @@ const DialogEntry* FindDialog(std::wstring_view name) {
 Outcome RunDialog(const DialogEntry& dialog, DialogContext& context) {
     context.reporter.Log(std::wstring(dialog.name) + L": open");
     context.reporter.After(L"");
-    const Outcome outcome = dialog.run(context);
+    const Outcome outcome = Run(dialog, context);
     context.reporter.Log(std::wstring(dialog.name) + L": " + Name(outcome));
     return outcome;
-}
-
-Outcome ReportFailure(DialogContext& context, const Failure& failure) {
-    context.reporter.Log(failure.message);
-    return Outcome::Failed;
 }
 
 }  // namespace ochost

@@ -100,10 +100,12 @@ int Count(const Result<List>& list) {
 }  // namespace
 
 HostWindow::HostWindow(ProjectStore& project)
-    : OCDialog(GetModuleHandleW(nullptr), nullptr),
-      project_(project),
-      size_{Count(project.Drawings()), Count(project.Rooms()), Count(project.Systems()), Count(project.PartTypes()),
-            Count(project.Properties())} {
+    : OCDialog(GetModuleHandleW(nullptr), nullptr), project_(project), size_{Count(project.Drawings()),
+                                                                             Count(project.Rooms()),
+                                                                             Count(project.Systems()),
+                                                                             Count(project.PartTypes()),
+                                                                             Count(project.Properties()),
+                                                                             0} {
     LogZooms(this);
 }
 
@@ -226,6 +228,16 @@ void HostWindow::Log(const std::wstring& line) {
     SendMessageW(log, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>((line + L"\r\n").c_str()));
 }
 
+void HostWindow::Fail(const std::wstring& message) {
+    Log(message);
+    ShowError(message);
+}
+
+bool HostWindow::FailOrRetry(const std::wstring& message) {
+    Log(message);
+    return AskToRetry(message);
+}
+
 void HostWindow::FillDialogs() {
     std::wstring family;
     std::int64_t number = 0;
@@ -274,12 +286,14 @@ void HostWindow::ShowSelected() {
 
 void HostWindow::ShowStatus() {
     const HWND status = GetDlgItem(IDC_HOST_STATUS);
+    // The one of them that the dialogs change; when it cannot be read, as it was.
+    if (const auto custom = project_.CustomProperties()) size_.customProperties = Count(custom);
     ustr counts;
     counts.format(Lng::text(kSharedTexts, 95009,
                             L"%d drawings, %d rooms, %d systems, %d part types, %d properties, %d custom properties")
                       .c_str(),
                   size_.drawings, size_.rooms, size_.systems, size_.partTypes, size_.properties,
-                  Count(project_.CustomProperties()));
+                  size_.customProperties);
     const int edges[] = {TextWidth(status, counts) + Scale(16), -1};
     SendMessageW(status, SB_SETPARTS, std::size(edges), reinterpret_cast<LPARAM>(edges));
     SendMessageW(status, SB_SETTEXTW, 0, reinterpret_cast<LPARAM>(counts.c_str()));

@@ -40,6 +40,8 @@ private:
     void Before(const std::wstring& record) override;
     void After(const std::wstring& record) override;
     void Log(const std::wstring& line) override;
+    void Fail(const std::wstring& message) override;
+    bool FailOrRetry(const std::wstring& message) override;
 
     void FillDialogs();
     void FillLanguages();
@@ -49,17 +51,18 @@ private:
     void Select(const DialogEntry& dialog);
     const DialogEntry* Selected() const;
 
-    /// What the project has of everything that the dialogs do not change.
+    /// How much the project has of what the window tells.
     struct Size {
         int drawings;
         int rooms;
         int systems;
         int partTypes;
         int properties;
+        int customProperties;
     };
 
     ProjectStore& project_;
-    const Size size_;
+    Size size_;
     TREE_INSERTLIST dialogs_;
     TreeSearch search_;
     std::vector<std::wstring> languages_;

@@ -33,7 +33,20 @@ public:
         if (!record.empty()) PrintOut(L"after:\r\n" + record);
     }
     void Log(const std::wstring& line) override { PrintOut(line); }
+    void Fail(const std::wstring& message) override {
+        Log(message);
+        ShowError(message);
+    }
+    bool FailOrRetry(const std::wstring& message) override {
+        Log(message);
+        return AskToRetry(message);
+    }
 };
+
+/// For one who has started the program without a console, in a box.
+void Complain(const std::wstring& message) {
+    if (!PrintError(message)) ShowError(message);
+}
 
 std::vector<std::wstring> Arguments() {
     int count = 0;
@@ -111,8 +124,7 @@ Status CheckNames(const Options& options) {
 }
 
 int UsageError(const Failure& failure) {
-    PrintError(L"ochost: " + failure.message + L"\r\n");
-    PrintError(Usage());
+    Complain(L"ochost: " + failure.message + L"\r\n\r\n" + Usage());
     return kUsageError;
 }
 
@@ -125,12 +137,12 @@ int Main() {
     }
     if (const Status names = CheckNames(*options); !names) return UsageError(names.Error());
     if (occommonui_version_nmb(kOcCommonUiVersion) != kOcCommonUiVersion) {
-        PrintError(L"ochost: occommonui.dll has another version than this program was built for");
+        Complain(L"ochost: occommonui.dll has another version than this program was built for");
         return EXIT_FAILURE;
     }
     const Status status = Run(*options);
     if (status) return EXIT_SUCCESS;
-    PrintError(L"ochost: " + status.Error().message);
+    Complain(L"ochost: " + status.Error().message);
     return EXIT_FAILURE;
 }
 
@@ -141,7 +153,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
     try {
         return ochost::Main();
     } catch (const std::exception& error) {
-        ochost::PrintError(L"ochost: " + ochost::ToUtf16(error.what()));
+        ochost::Complain(L"ochost: " + ochost::ToUtf16(error.what()));
     }
     return EXIT_FAILURE;
 }

@@ -405,12 +405,13 @@ Result<ProjectContent> GenerateProject(int scale, const TextSource& texts) {
     }
 }
 
-Result<ProjectStore> OpenOrGenerateProject(const std::wstring& path, int scale) {
+Result<ProjectStore> OpenOrGenerateProject(const std::wstring& path, int scale,
+                                           const ProjectStore::Completion& complete) {
     Result<ProjectStore> store = ProjectStore::Open(path);
     if (store || store.Error().kind != FailureKind::NotFound) return store;
     Result<ProjectContent> content = GenerateProject(scale);
     if (!content) return content.Error();
-    return ProjectStore::Create(path, *content);
+    return ProjectStore::Create(path, *content, complete);
 }
 
 }  // namespace ochost

@@ -22,7 +22,8 @@ constexpr int kMaxScale = 200;
 /// and texts give the same content. A text that does not follow its format fails as BadInput, with file and line.
 Result<ProjectContent> GenerateProject(int scale, const TextSource& texts = EmbeddedText);
 
-/// Opens the project file, after generating it when it does not exist.
-Result<ProjectStore> OpenOrGenerateProject(const std::wstring& path, int scale);
+/// Opens the project file, after generating it and running `complete` on it when it does not exist.
+Result<ProjectStore> OpenOrGenerateProject(const std::wstring& path, int scale,
+                                           const ProjectStore::Completion& complete = {});
 
 }  // namespace ochost

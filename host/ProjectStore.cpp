@@ -24,14 +24,45 @@ constexpr std::int64_t kApplicationId = 0x4F434870;  // "OCHp"
 constexpr std::int64_t kSchemaVersion = 3;
 constexpr std::int64_t kFirstSchemaVersion = 1;
 
+std::int64_t SchemaVersion(Database& database) {
+    return database.IntegerOf("PRAGMA user_version");
+}
+
+void RefuseNewer(Database& database, const std::wstring& path) {
+    if (SchemaVersion(database) <= kSchemaVersion) return;
+    throw Fail(FailureKind::Newer, path,
+               L"was saved by a newer version of this program and was not changed. Open it with that version.");
+}
+
+bool IsMarkedReadOnly(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && attributes & FILE_ATTRIBUTE_READONLY;
+}
+
+/// Refuses what has befallen the file since it was opened.
+void CheckStillOurs(Database& database, const std::wstring& path, Transaction::Kind kind) {
+    RefuseNewer(database, path);
+    if (kind == Transaction::Kind::Write && IsMarkedReadOnly(path)) throw ReadOnlyFile(path);
+}
+
+/// Runs f, which returns a T, as one transaction.
+template <class T, class F>
+Result<T> InTransaction(const std::wstring& path, Database& database, Transaction::Kind kind, F&& f) {
+    return Guarded<T>(path, [&] {
+        Transaction transaction(database, kind);
+        CheckStillOurs(database, path, kind);
+        T result = f();
+        transaction.Commit();
+        return result;
+    });
+}
+
 /// Reads the list that `tables` hold: a table, and those of the lists within its records.
 template <class List, class... Tables>
 Result<List> ReadTables(const std::wstring& path, Database& database, const Tables&... tables) {
-    return Guarded<List>(path, [&] {
+    return InTransaction<List>(path, database, Transaction::Kind::Read, [&] {
         List list;
-        Transaction transaction(database, Transaction::Kind::Read);
         (ReadRows(database, tables, list), ...);
-        transaction.Commit();
         return list;
     });
 }
@@ -62,12 +93,11 @@ void CheckContent(Database& database, const std::wstring& path) {
     if (database.IntegerOf("PRAGMA application_id") != kApplicationId) {
         throw Fail(FailureKind::NotAProject, path, L"is not a project file.");
     }
-    const std::int64_t version = database.IntegerOf("PRAGMA user_version");
-    if (version > kSchemaVersion) {
-        throw Fail(FailureKind::Newer, path,
-                   L"was saved by a newer version of this program and was not changed. Open it with that version.");
+    RefuseNewer(database, path);
+    if (SchemaVersion(database) < kFirstSchemaVersion || database.TextOf("PRAGMA quick_check(1)") != L"ok" ||
+        database.IntegerOf("SELECT count(*) FROM pragma_foreign_key_check") != 0) {
+        throw DamagedFile(path);
     }
-    if (version < kFirstSchemaVersion || database.TextOf("PRAGMA quick_check(1)") != L"ok") throw DamagedFile(path);
 }
 
 void SetSchemaVersion(Database& database) {
@@ -80,11 +110,11 @@ void CreateTables(Database& database, const Tables&... tables) {
 }
 
 /// Adds what files of older versions lack, also when another program does the same at this moment.
-void Upgrade(Database& database) {
-    const auto isCurrent = [&] { return database.IntegerOf("PRAGMA user_version") == kSchemaVersion; };
-    if (isCurrent()) return;
+void Upgrade(Database& database, const std::wstring& path) {
+    if (SchemaVersion(database) == kSchemaVersion) return;
     Transaction transaction(database, Transaction::Kind::Write);
-    const std::int64_t version = database.IntegerOf("PRAGMA user_version");
+    RefuseNewer(database, path);
+    const std::int64_t version = SchemaVersion(database);
     if (version < 2) CreateTables(database, kReportTemplateTable, kReportColumnTable);
     if (version < 3) {
         CreateTables(database, kAreaTable, kLeftOutDrawingTable, kFittingSeriesTable, kObjectTable, kSelectionTable,
@@ -116,7 +146,11 @@ public:
 
     const std::wstring& Path() const { return path_; }
 
+    /// Everything must be in the file itself, without a log.
     void MoveIntoPlace() {
+        if (GetFileAttributesW((path_ + L"-wal").c_str()) != INVALID_FILE_ATTRIBUTES) {
+            throw FailedCall(finalPath_, L"it could not be completed.");
+        }
         // SQLite would replay the log of an earlier file of this name into the new one.
         constexpr bool kCompanionsOnly = true;
         if (!RemoveDatabase(finalPath_, kCompanionsOnly)) throw Explain(GetLastError(), finalPath_);
@@ -189,17 +223,22 @@ Result<ProjectStore> ProjectStore::Open(const std::wstring& path, std::chrono::m
         CheckAccess(full);
         auto database = std::make_unique<Database>(full, OpenMode::ReadWrite, busyTimeout);
         CheckContent(*database, full);
-        Upgrade(*database);
+        Upgrade(*database, full);
         return ProjectStore(std::move(full), std::move(database));
     });
 }
 
-Result<ProjectStore> ProjectStore::Create(const std::wstring& path, const ProjectContent& content) {
+Result<ProjectStore> ProjectStore::Create(const std::wstring& path, const ProjectContent& content,
+                                          const Completion& complete) {
     return Guarded<ProjectStore>(path, [&]() -> Result<ProjectStore> {
         const std::wstring full = FullPath(path);
         if (GetFileAttributesW(full.c_str()) != INVALID_FILE_ATTRIBUTES) return Explain(ERROR_FILE_EXISTS, full);
         NewFile file(full);
         WriteContent(file.Path(), content);
+        if (complete) {
+            ProjectStore unfinished = ValueOf(Open(file.Path()));
+            Check(complete(unfinished));
+        }
         file.MoveIntoPlace();
         return Open(full);
     });
@@ -294,124 +333,107 @@ Result<std::vector<StoredSelection>> ProjectStore::Selections() const {
 }
 
 Result<ProjectContent> ProjectStore::Content() const {
-    return Guarded<ProjectContent>(path_, [&] {
+    return InTransaction<ProjectContent>(path_, *database_, Transaction::Kind::Read, [&] {
         ProjectContent content;
-        Transaction transaction(*database_, Transaction::Kind::Read);
         ForEachTable(content, [&](const auto& table, auto& list) { ReadRows(*database_, table, list); });
-        transaction.Commit();
         return content;
     });
 }
 
 Result<CustomProperty> ProjectStore::CreateCustomProperty(CustomProperty property) {
-    return Guarded<CustomProperty>(path_, [&] {
+    return InTransaction<CustomProperty>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(property.name, kProperty);
-        Transaction transaction(*database_, Transaction::Kind::Write);
         Statement insert(*database_, "INSERT INTO custom_property(name, format) VALUES(?, ?)");
         insert.Bind(1, property.name);
         insert.Bind(2, property.format);
         insert.Run();
         property.id = ToInt32(database_->LastInsertId());
-        transaction.Commit();
         return std::move(property);
     });
 }
 
 Status ProjectStore::UpdateCustomProperty(const CustomProperty& property) {
-    return Guarded<Done>(path_, [&] {
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(property.name, kProperty);
-        Transaction transaction(*database_, Transaction::Kind::Write);
         Statement update(*database_, "UPDATE custom_property SET name = ?, format = ? WHERE id = ?");
         update.Bind(1, property.name);
         update.Bind(2, property.format);
         update.Bind(3, std::int64_t{property.id});
         update.Run();
         CheckFound(*database_, kProperty);
-        transaction.Commit();
         return Done{};
     });
 }
 
 Status ProjectStore::DeleteCustomProperty(std::int32_t id) {
-    return Guarded<Done>(path_, [&] {
-        Transaction transaction(*database_, Transaction::Kind::Write);
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         DeleteById(*database_, "custom_property", "id", id);
         CheckFound(*database_, kProperty);
-        transaction.Commit();
         return Done{};
     });
 }
 
 Result<std::vector<ReportTemplate>> ProjectStore::CreateReportTemplates(std::vector<ReportTemplate> templates) {
-    return Guarded<std::vector<ReportTemplate>>(path_, [&] {
+    return InTransaction<std::vector<ReportTemplate>>(path_, *database_, Transaction::Kind::Write, [&] {
         for (const ReportTemplate& reportTemplate : templates)
             CheckName(reportTemplate.name, kReportTemplate);
-        Transaction transaction(*database_, Transaction::Kind::Write);
         std::int64_t id = NextLastingId(*database_, kReportTemplateTable.name);
         for (ReportTemplate& reportTemplate : templates)
             reportTemplate.id = ToInt32(id++);
         WriteTemplates(*database_, templates);
-        transaction.Commit();
         return std::move(templates);
     });
 }
 
 Status ProjectStore::UpdateReportTemplate(const ReportTemplate& reportTemplate) {
-    return Guarded<Done>(path_, [&] {
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(reportTemplate.name, kReportTemplate);
-        Transaction transaction(*database_, Transaction::Kind::Write);
         DeleteById(*database_, kReportColumnTable.name, kReportColumnTable.owner, reportTemplate.id);
         DeleteById(*database_, kReportTemplateTable.name, "id", reportTemplate.id);
         CheckFound(*database_, kReportTemplate);
         WriteTemplates(*database_, {reportTemplate});
-        transaction.Commit();
         return Done{};
     });
 }
 
 Status ProjectStore::SetModelDrawing(Id drawing, bool isModel) {
-    return Guarded<Done>(path_, [&] {
-        Transaction transaction(*database_, Transaction::Kind::Write);
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         DeleteById(*database_, kLeftOutDrawingTable.name, "drawing", drawing);
         if (!isModel) WriteRows(*database_, kLeftOutDrawingTable, LeftOutDrawing{drawing});
-        transaction.Commit();
         return Done{};
     });
 }
 
 Result<StoredSelection> ProjectStore::CreateSelection(StoredSelection selection) {
-    return Guarded<StoredSelection>(path_, [&] {
-        Transaction transaction(*database_, Transaction::Kind::Write);
+    return InTransaction<StoredSelection>(path_, *database_, Transaction::Kind::Write, [&] {
         selection.id = NextLastingId(*database_, kSelectionTable.name);
         WriteRows(*database_, kSelectionTable, selection);
-        transaction.Commit();
         return std::move(selection);
     });
 }
 
 Status ProjectStore::UpdateSelection(const StoredSelection& selection) {
-    return Guarded<Done>(path_, [&] {
-        Transaction transaction(*database_, Transaction::Kind::Write);
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         DeleteById(*database_, kSelectionTable.name, "id", selection.id);
         CheckFound(*database_, kSelection);
         WriteRows(*database_, kSelectionTable, selection);
-        transaction.Commit();
         return Done{};
     });
 }
 
 Status ProjectStore::DeleteSelection(std::int32_t id) {
-    return Guarded<Done>(path_, [&] {
-        Transaction transaction(*database_, Transaction::Kind::Write);
+    return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         DeleteById(*database_, kSelectionTable.name, "id", id);
         CheckFound(*database_, kSelection);
-        transaction.Commit();
         return Done{};
     });
 }
 
 Result<ProjectLock> ProjectStore::Lock() {
-    return Guarded<ProjectLock>(path_, [&] { return ProjectLock::Take(path_, *database_); });
+    return Guarded<ProjectLock>(path_, [&] {
+        CheckStillOurs(*database_, path_, Transaction::Kind::Write);
+        return ProjectLock::Take(path_, *database_);
+    });
 }
 
 }  // namespace ochost

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,8 @@ namespace ochost {
 /// A file is used only when it is whole, ours and of a version known here; a refused file is left untouched. One of an
 /// older version gets, as it is opened, what has come since then (no data; its own stay as they are). Nothing
 /// throws: a failure comes back with a message for the user. One thread at a time; several programs may have the same
-/// file open, a change waits for theirs up to the busy timeout and then fails as Locked.
+/// file open, a change waits for theirs up to the busy timeout and then fails as Locked. A file that a newer version
+/// takes over meanwhile is neither read nor changed any more (Newer), and one that is marked read-only is not changed.
 class ProjectStore {
 public:
     static constexpr std::chrono::milliseconds kBusyTimeout{2000};
@@ -28,9 +30,14 @@ public:
     /// Opens an existing project. Failures: NotFound, NotAProject, Damaged, Newer, Locked, ReadOnly, System.
     static Result<ProjectStore> Open(const std::wstring& path, std::chrono::milliseconds busyTimeout = kBusyTimeout);
 
+    /// Adds to a new project what its content does not hold.
+    using Completion = std::function<Status(ProjectStore& project)>;
+
     /// Writes a new project and opens it. The file is built beside the path (".new" appended) and renamed when it is
-    /// complete, so that it appears whole or not at all. An existing file is never replaced (AlreadyExists).
-    static Result<ProjectStore> Create(const std::wstring& path, const ProjectContent& content);
+    /// complete and `complete` has succeeded, so that it appears whole or not at all. An existing file is never
+    /// replaced (AlreadyExists).
+    static Result<ProjectStore> Create(const std::wstring& path, const ProjectContent& content,
+                                       const Completion& complete = {});
 
     ProjectStore(ProjectStore&&) noexcept;
     ProjectStore& operator=(ProjectStore&&) noexcept;

@@ -2,6 +2,7 @@
 
 #include <occommonui/WarningReport.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <map>
@@ -60,6 +61,15 @@ public:
     Warnings(const ProjectContent& project, const std::wstring& path)
         : project_(project), paths_(path, project.folders), objects_(ByDiscipline(project)) {}
 
+    /// Whether there is something to warn about.
+    bool CanBeRaised() const {
+        return !project_.rooms.empty() && !project_.drawings.empty() &&
+               std::all_of(std::begin(kKinds), std::end(kKinds), [&](const WarningKind& kind) {
+                   const auto objects = objects_.find(kind.discipline);
+                   return objects != objects_.end() && !objects->second.parts.empty();
+               });
+    }
+
     void Raise(int number, Lng::AppID app) const {
         const WarningKind& kind = kKinds[number % kWarningCategoryCount];
         const int round = number / kWarningCategoryCount;
@@ -98,6 +108,9 @@ Status RaiseWarnings(const ProjectStore& project, Lng::AppID app) {
     const auto content = project.Content();
     if (!content) return content.Error();
     const Warnings warnings(*content, project.Path());
+    if (!warnings.CanBeRaised()) {
+        return Failure{FailureKind::BadInput, L"The project has no rooms, drawings or parts to warn about."};
+    }
     WarningReport::Clear(app);
     for (int number = 0; number < kWarningCount; ++number)
         warnings.Raise(number, app);

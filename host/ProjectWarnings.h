@@ -12,6 +12,7 @@ inline constexpr int kWarningCategoryCount = 6;
 
 /// Raises warnings for `app` as a check of the project's drawings would, in place of those that it has: about parts in
 /// rooms, with their drawings, handles and points. The same project gives the same warnings.
+/// A project without rooms, drawings or parts of some discipline has nothing to warn about (BadInput).
 Status RaiseWarnings(const ProjectStore& project, Lng::AppID app);
 
 }  // namespace ochost

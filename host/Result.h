@@ -50,4 +50,16 @@ private:
 using Done = std::monostate;
 using Status = Result<Done>;
 
+/// What a Result holds; throws its Failure.
+template <class T>
+T ValueOf(Result<T> result) {
+    if (!result) throw result.Error();
+    return *std::move(result);
+}
+
+/// Throws the Failure of what did not happen.
+inline void Check(const Status& status) {
+    if (!status) throw status.Error();
+}
+
 }  // namespace ochost

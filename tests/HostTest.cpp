@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <objidl.h>
 #include <occommonui/ReportTemplate.h>
+#include <orvasql/Sqlite.h>
 #include <orvatool/InterApp.h>
 #include <orvatool/Lng.h>
 #include <shellapi.h>
@@ -14,6 +15,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <set>
@@ -30,6 +32,7 @@
 #include "host/Utf.h"
 #include "host/driver/UiDriver.h"
 #include "host/host_ids.h"
+#include "host/selection/Evaluation.h"
 #include "host/selection/SampleProject.h"
 #include "host/selection/SelectionCallback.h"
 #include "resources/objectselection_ids.h"
@@ -40,6 +43,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
 constexpr DWORD kPatienceMs = 100'000;
 
@@ -80,10 +84,12 @@ protected:
 
     fs::path In(const wchar_t* name) const { return folder_ / name; }
 
-    /// Starts the program, lets `use` do what a user does meanwhile, and waits for its end.
+    /// Starts the program, lets `use` do what a user does meanwhile, and waits for its end. Without output it is like
+    /// a program that a user starts from his desktop.
     ProcessResult Start(const std::vector<std::wstring>& arguments,
-                        void (*use)(const PROCESS_INFORMATION&) = nullptr) const {
-        const PROCESS_INFORMATION process = Launch(arguments);
+                        const std::function<void(const PROCESS_INFORMATION&)>& use = nullptr,
+                        bool withOutput = true) const {
+        const PROCESS_INFORMATION process = Launch(arguments, withOutput);
         if (use) use(process);
         if (WaitForSingleObject(process.hProcess, kPatienceMs) != WAIT_OBJECT_0) TerminateProcess(process.hProcess, 99);
         WaitForSingleObject(process.hProcess, INFINITE);
@@ -97,7 +103,7 @@ protected:
     }
 
 private:
-    PROCESS_INFORMATION Launch(const std::vector<std::wstring>& arguments) const {
+    PROCESS_INFORMATION Launch(const std::vector<std::wstring>& arguments, bool withOutput) const {
         std::wstring command = L"ochost.exe";
         for (const std::wstring& argument : arguments)
             command += L" \"" + argument + L"\"";
@@ -106,9 +112,12 @@ private:
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdOutput = OutputFile(In(L"out.txt"));
         startup.hStdError = OutputFile(In(L"error.txt"));
+        STARTUPINFOW bare{};
+        bare.cb = sizeof(bare);
         PROCESS_INFORMATION process{};
         const BOOL started =
-            CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
+            CreateProcessW(nullptr, command.data(), nullptr, nullptr, withOutput, withOutput ? 0 : DETACHED_PROCESS,
+                           nullptr, nullptr, withOutput ? &startup : &bare, &process);
         CloseHandle(startup.hStdOutput);
         CloseHandle(startup.hStdError);
         if (!started) throw std::runtime_error("ochost.exe does not start");
@@ -215,7 +224,30 @@ TEST_F(HostTest, RefusesWhatItDoesNotUnderstandAndSaysWhy) {
     }
 }
 
-TEST_F(HostTest, ReportsAProjectItCannotUse) {
+TEST_F(HostTest, ReportsAProjectItCannotUseAndLeavesItAlone) {
+    const std::wstring file = In(L"office.ocproject").wstring();
+    { ASSERT_TRUE(ochost::OpenSampleProject(file, 1)); }
+    const std::string whole = Content(file);
+    const std::pair<const char*, const char*> cases[] = {
+        {"PRAGMA foreign_keys = OFF; UPDATE drawing SET discipline = 99", "is damaged"        },
+        {"PRAGMA user_version = 4",                                       "by a newer version"},
+        {nullptr,                                                         "cannot be written" },
+    };
+    for (const auto& [fault, told] : cases) {
+        std::ofstream(fs::path(file), std::ios::binary) << whole;
+        if (fault) orvasql::Database(file, orvasql::OpenMode::ReadWrite, {}).Execute(fault);
+        if (!fault) SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_READONLY);
+        const std::string before = Content(file);
+        const ProcessResult run = Start({L"--project", file, L"--dialog", L"update-dwg"});
+        EXPECT_EQ(run.exitCode, 1u);
+        EXPECT_TRUE(Contains(run.error, "office.ocproject") && Contains(run.error, told)) << run.error;
+        EXPECT_EQ(Content(file), before) << told;
+    }
+    Start({L"--project", file}, CloseShownDialog, false);
+    SetFileAttributesW(file.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(HostTest, ReportsAFileThatIsNoProject) {
     std::ofstream(In(L"notes.txt")) << "not a project";
     const ProcessResult run = Start({L"--project", In(L"notes.txt").wstring(), L"--tour", In(L"tour").wstring()});
     EXPECT_EQ(run.exitCode, 1u);
@@ -596,12 +628,18 @@ TEST_F(ReportDialogs, AClickOnTheBalloonShowsTheWarnings) {
 
 TEST_F(ReportDialogs, TheBalloonNeedsAWindowToReturnTo) {
     const ProcessResult alone =
-        Start({L"--project", In(L"alone.ocproject").wstring(), L"--dialog", L"warning-notification"});
+        Start({L"--project", In(L"alone.ocproject").wstring(), L"--dialog", L"warning-notification"}, CloseShownDialog);
     EXPECT_EQ(alone.exitCode, 1u);
     EXPECT_TRUE(Contains(alone.out, "needs the host's window")) << alone.out << alone.error;
 }
 
 // ---- object selections ----
+
+class Silence : public ochost::Reporter {
+    void Before(const std::wstring&) override {}
+    void After(const std::wstring&) override {}
+    void Log(const std::wstring&) override {}
+};
 
 class SelectionDialogs : public HostWindowTest {
 protected:
@@ -666,6 +704,47 @@ TEST_F(SelectionDialogs, CriteriaThatTheUserChoosesAreStoredAndEvaluated) {
     EXPECT_EQ(rooms, RoomsOfFloor(L"4"));
     EXPECT_TRUE(LogHas(L" objects"));
     EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L"rooms = "), std::wstring::npos);
+    EXPECT_NE(TextOf(IDC_HOST_AFTER).find(L" of 7178 objects\r\n    "), std::wstring::npos) << "and which they are";
+}
+
+TEST_F(SelectionDialogs, ADrawingThatIsNoModelDrawingIsSelectedFromAsTheCurrentOneOnly) {
+    Silence silence;
+    ochost::SelectionCallback callback(project_, Lng::Hpv, silence);
+    const ochost::Drawing& current = callback.CurrentDrawing();
+    const auto isSelected = [&](const ObjectSelection::Data& data) {
+        const ochost::ProjectIndex index(project_);
+        const auto objects = ochost::SelectedObjects(index, data, current.id);
+        return std::any_of(objects.begin(), objects.end(),
+                           [&](const auto* object) { return object->drawing == current.id; });
+    };
+    ObjectSelection::Data all;
+    all.bySelectionSet = true;
+    ObjectSelection::Data named = all;
+    named.useModelDrawings = true;
+    named.modelDrawings = {ochost::RefOf(callback.Project(), current)};
+    ObjectSelection::Data asCurrent = all;
+    asCurrent.currentDrawing = true;
+    EXPECT_TRUE(isSelected(all) && isSelected(named) && isSelected(asCurrent));
+    ASSERT_TRUE(project_.SetModelDrawing(current.id, false));
+    EXPECT_FALSE(isSelected(all) || isSelected(named));
+    EXPECT_TRUE(isSelected(asCurrent));
+}
+
+TEST_F(SelectionDialogs, PartTypesThatTheProjectNoLongerHasStayChosen) {
+    ochost::SelectionStore store(project_, Lng::Schematics);
+    ObjectSelection::Data data = store.Last();
+    data.usePartTypes = true;
+    data.partTypesAlt = {"CDR-125", "GONE-1"};
+    store.SetLast(data);
+    uidriver::Script script;
+    script
+        .WithNewDialog([](HWND dlg) {
+            uidriver::ClickTreeItem(Categories(dlg), uidriver::FindTreeItem(Categories(dlg), L"Part types"));
+        })
+        .Then([] { EXPECT_TRUE(uidriver::FindTreeItem(Items(uidriver::TopDialog()), L"GONE-1")); })
+        .Then(PressOk);
+    EXPECT_EQ(Run(L"selection-edit-schematics", script), ochost::Outcome::Confirmed);
+    EXPECT_EQ(store.Last().partTypesAlt, data.partTypesAlt);
 }
 
 TEST_F(SelectionDialogs, CancelStoresNothing) {
@@ -700,15 +779,22 @@ TEST_F(SelectionDialogs, AConfigurationIsLoadedAndSavedUnderANewName) {
     EXPECT_EQ(after.back().data, original->data);
 }
 
-TEST_F(SelectionDialogs, AProjectThatAnotherHoldsIsNotEdited) {
-    const auto other = ochost::ProjectStore::Open(project_.Path());
-    auto& holder = const_cast<ochost::ProjectStore&>(*other);
-    const auto lock = holder.Lock();
-    ASSERT_TRUE(lock);
+TEST_F(SelectionDialogs, AProjectThatAnotherHostEditsIsRefusedAndSaysWhoDoes) {
+    const auto arguments = {L"--project"s, project_.Path(), L"--dialog"s, L"selection-configurations"s};
+    const ProcessResult other = Start(arguments, [&](const PROCESS_INFORMATION& process) {
+        ASSERT_TRUE(ShownDialog(process));
+        uidriver::Script script;
+        script.WithNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
+        EXPECT_EQ(Run(L"selection-configurations", script), ochost::Outcome::Cancelled);
+        EXPECT_TRUE(LogHas(L"is being edited by"));
+        EXPECT_TRUE(LogHas(L"process " + std::to_wstring(process.dwProcessId)));
+        CloseShownDialog(process);
+    });
+    EXPECT_EQ(other.exitCode, 0u) << other.error;
     uidriver::Script script;
-    script.WithNewDialog([](HWND) { uidriver::Key(VK_RETURN); });
+    script.WithNewDialog([](HWND dlg) { uidriver::Click(dlg, IDCANCEL); });
     EXPECT_EQ(Run(L"selection-configurations", script), ochost::Outcome::Cancelled);
-    EXPECT_TRUE(LogHas(L"is being edited by"));
+    EXPECT_TRUE(LogHas(L"locked the project")) << "it was released";
 }
 
 TEST_F(SelectionDialogs, ANamedSelectionIsEditedInPlace) {

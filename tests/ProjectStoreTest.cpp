@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <set>
@@ -16,6 +15,7 @@
 
 #include "host/ProjectGenerator.h"
 #include "support/KilledChild.h"
+#include "support/TestFolder.h"
 
 namespace ochost {
 namespace {
@@ -30,32 +30,12 @@ const ProjectContent& SampleContent() {
     return content;
 }
 
-std::string BytesOf(const std::wstring& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void WriteBytes(const std::wstring& path, const std::string& bytes) {
-    std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
-}
-
 bool Exists(const std::wstring& path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-/// An empty folder for each test, with a name that no code page holds entirely.
 class ProjectStoreTest : public testing::Test {
 protected:
-    ProjectStoreTest() {
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-    }
-    ~ProjectStoreTest() override {
-        SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-
     /// Opening is refused as stated, with a message that names the file, and changes nothing.
     void ExpectRefused(FailureKind kind) {
         const std::string before = BytesOf(path_);
@@ -66,8 +46,8 @@ protected:
         EXPECT_EQ(BytesOf(path_), before);
     }
 
-    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / L"Pääpiirustus дом";
-    const std::wstring path_ = (folder_ / L"sample.ocproject").wstring();
+    const TestFolder folder_;
+    const std::wstring path_ = folder_.File(L"sample.ocproject");
 };
 
 // ---- the generated project ----
@@ -408,9 +388,9 @@ TEST_F(ProjectStoreTest, AChangeWhileAnotherProgramWritesIsRefusedAndReadingGoes
 TEST_F(ProjectStoreTest, RefusesWhatIsNoProject) {
     EXPECT_EQ(ProjectStore::Open(path_).Error().kind, FailureKind::NotFound);
     EXPECT_EQ(ProjectStore::Open(L"").Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(ProjectStore::Open(folder_.wstring() + L"\\none\\x").Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(ProjectStore::Open(folder_.wstring()).Error().kind, FailureKind::NotAProject);
-    EXPECT_EQ(ProjectStore::Create(folder_.wstring() + L"\\none\\x", {}).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(ProjectStore::Open(folder_.File(L"none\\x")).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(ProjectStore::Open(folder_.Path().wstring()).Error().kind, FailureKind::NotAProject);
+    EXPECT_EQ(ProjectStore::Create(folder_.File(L"none\\x"), {}).Error().kind, FailureKind::NotFound);
     for (const std::string& bytes : {std::string(), std::string("text"), std::string(5000, 'x')}) {
         WriteBytes(path_, bytes);
         ExpectRefused(FailureKind::NotAProject);
@@ -587,8 +567,7 @@ TEST_F(ProjectStoreTest, TheLockOfAProgramThatHasEndedIsTakenOver) {
     auto store = ProjectStore::Create(path_, SampleContent());
     ASSERT_TRUE(store);
     KilledChild child(L"ProjectLockChild.DISABLED_HoldsTheLock", path_);
-    while (child.Reported() == 0)
-        ASSERT_FALSE(child.HasEnded(1));
+    ASSERT_TRUE(child.HasReported(1));
     const auto refused = store->Lock();
     ASSERT_FALSE(refused);
     const std::wstring process = std::to_wstring(child.Reported());
@@ -611,7 +590,7 @@ TEST_F(ProjectStoreTest, AFailedCreationLeavesNothing) {
     bad = SampleContent();
     bad.rooms.back().zone = 9999;
     EXPECT_EQ(ProjectStore::Create(path_, bad).Error().kind, FailureKind::BadInput);
-    EXPECT_TRUE(std::filesystem::is_empty(folder_));
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.Path()));
 }
 
 TEST_F(ProjectStoreTest, WhatAnInterruptedRunLeftIsNotUsed) {

@@ -29,6 +29,7 @@
 #include "host/selection/SampleSelections.h"
 #include "host/selection/SelectionCallback.h"
 #include "host/selection/SelectionTrees.h"
+#include "support/TestFolder.h"
 
 namespace ochost {
 namespace {
@@ -51,27 +52,9 @@ private:
     std::wstring lines_;
 };
 
-/// A folder for a sample project, gone with the test.
-class SampleFolder {
-public:
-    SampleFolder() {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
-    ~SampleFolder() {
-        std::error_code ignored;
-        fs::remove_all(folder_, ignored);
-    }
-    std::wstring File() const { return (folder_ / L"office.ocproject").wstring(); }
-    fs::path Path() const { return folder_; }
-
-private:
-    const fs::path folder_ = fs::temp_directory_path() / (L"selection-" + std::to_wstring(GetCurrentProcessId()));
-};
-
 class SelectionHost : public testing::Test {
 protected:
-    SelectionHost() : project_(*OpenSampleProject(folder_.File(), 1)) {
+    SelectionHost() : project_(*OpenSampleProject(file_, 1)) {
         SetProductKey(kSettings);
         Lng::SetLanguage(L"en");
         Use(Lng::Hpv);
@@ -125,7 +108,8 @@ protected:
     }
 
     static constexpr wchar_t kSettings[] = L"Software\\OrvaCAD\\SelectionHostTest";
-    SampleFolder folder_;
+    const TestFolder folder_;
+    const std::wstring file_ = folder_.File(L"office.ocproject");
     LogLines log_;
     ProjectStore project_;
     std::unique_ptr<SelectionCallback> callback_;
@@ -195,7 +179,7 @@ TEST_F(SelectionHost, RoomsAndZonesAreThoseOfTheFloorsInQuestion) {
 }
 
 TEST_F(SelectionHost, BuildingsAreHeadingsWhenThereAreSeveral) {
-    const std::wstring path = (folder_.Path() / L"three.ocproject").wstring();
+    const std::wstring path = folder_.File(L"three.ocproject");
     const auto three = OpenSampleProject(path, 3);
     ASSERT_TRUE(three);
     const ProjectIndex index(*three);
@@ -236,7 +220,7 @@ TEST_F(SelectionHost, AreasAndPagesAreThereUntilTheProjectHasNone) {
     bare.areas.clear();
     bare.objects.clear();
     bare.rooms.clear();
-    auto store = ProjectStore::Create((folder_.Path() / L"bare.ocproject").wstring(), bare);
+    auto store = ProjectStore::Create(folder_.File(L"bare.ocproject"), bare);
     ASSERT_TRUE(store);
     SelectionCallback callback(*store, Lng::Electrical, log_);
     for (const Dlg::CbMsgId query : kQueries)
@@ -352,11 +336,13 @@ TEST_F(PartTypeTreeTest, SchematicsFillsAndReadsTheTreeItself) {
     ObjectSelection::Data data;
     data.partTypesAlt = {"CDR-125", "not there", "DFN-125"};
     ASSERT_EQ(Fill(data), 1);
-    EXPECT_EQ(TreeView_GetCount(tree_), static_cast<UINT>(PartTypeTree(Project(), Lng::Schematics).size()));
+    EXPECT_EQ(TreeView_GetCount(tree_), static_cast<UINT>(PartTypeTree(Project(), Lng::Schematics).size() + 2))
+        << "with what is gone, below its heading";
     ObjectSelection::Data read;
     read.partTypesAlt = {"before"};
     ASSERT_EQ(Ask(Dlg::ReadPartTypes, W(tree_), L(&read)), 1);
-    EXPECT_EQ(std::set(read.partTypesAlt.begin(), read.partTypesAlt.end()), (std::set<astr>{"CDR-125", "DFN-125"}));
+    EXPECT_EQ(std::set(read.partTypesAlt.begin(), read.partTypesAlt.end()),
+              (std::set<astr>{"CDR-125", "DFN-125", "not there"}));
 
     ASSERT_EQ(Fill({}), 1);
     ASSERT_EQ(Ask(Dlg::ReadPartTypes, W(tree_), L(&read)), 1);
@@ -484,7 +470,7 @@ void ConfirmMessage(uidriver::Script& script, std::wstring& text) {
 }
 
 TEST_F(SelectionHost, TheLockIsTakenReleasedAndRefusedToASecondHost) {
-    auto second = ProjectStore::Open(folder_.File());
+    auto second = ProjectStore::Open(file_);
     ASSERT_TRUE(second);
     SelectionCallback other(*second, Lng::Electrical, log_);
     {
@@ -731,7 +717,7 @@ TEST_F(Evaluation, TheReportSaysWhereEachObjectIs) {
 }
 
 TEST_F(Evaluation, AskingForManyDrawingsAndRoomsTakesNoLongerThanForFew) {
-    const auto large = OpenSampleProject((folder_.Path() / L"large.ocproject").wstring(), 10);
+    const auto large = OpenSampleProject(folder_.File(L"large.ocproject"), 10);
     ASSERT_TRUE(large);
     const ProjectIndex index(*large);
     ObjectSelection::Data few = BySet();
@@ -785,7 +771,7 @@ TEST_F(SelectionHost, TheSampleConfigurationsSelectSomething) {
 }
 
 TEST_F(SelectionHost, TheSampleUpdateSetsNamePropertiesOfTheProject) {
-    const QBaseDb database(folder_.File().c_str());
+    const QBaseDb database(file_.c_str());
     std::vector<UpdateDwgData::PrjDb::OptionsRec> sets;
     UpdateDwgData::PrjDb::Read(database, sets);
     ASSERT_EQ(sets.size(), 5u);
@@ -827,17 +813,17 @@ TEST_F(SelectionHost, DrawingRecordsFollowTheProject) {
         return path;
     };
     const DrawingRef first = RefOf(Project(), Content().drawings.front());
-    EXPECT_EQ(pathOf(folder_.File(), "000001"), first.path);
+    EXPECT_EQ(pathOf(file_, "000001"), first.path);
 
     {
-        QBaseDb database(folder_.File().c_str());
+        QBaseDb database(file_.c_str());
         QBaseDb::Rec* stray = database.createRec(ObjectSelection::kDrawingRecord, "000099");
         ASSERT_EQ(database.saveRec(stray), 0);
         database.releaseRec(stray);
         ASSERT_EQ(database.deleteRec(ObjectSelection::kDrawingRecord, "000002"), 0);
     }
     ASSERT_TRUE(KeepDrawingRecords(project_));
-    const QBaseDb database(folder_.File().c_str());
+    const QBaseDb database(file_.c_str());
     EXPECT_FALSE(database.existRec(ObjectSelection::kDrawingRecord, "000099"));
     EXPECT_TRUE(database.existRec(ObjectSelection::kDrawingRecord, "000002"));
 

@@ -36,15 +36,14 @@ std::wstring ToText(const ::CustomProperty::Data& data) {
 /// Edits `data` and gives it to `store`, which answers with the record as the project now has it.
 template <class Store>
 Outcome Edit(DialogContext& context, ::CustomProperty::Data data, Store store) {
-    const auto properties = PropertyTree(context.project);
-    if (!properties) return ReportFailure(context, properties.Error());
+    const TREE_INSERTLIST properties = ValueOf(PropertyTree(context.project));
     context.reporter.Before(ToText(data));
-    if (!::CustomProperty::Dlg::Options(context.parent, context.app, &*properties, data)) return Outcome::Cancelled;
-    const auto stored = store(ToRecord(data));
-    if (!stored) return ReportFailure(context, stored.Error());
-    context.reporter.After(ToText(ToData(*stored)));
-    context.reporter.Log(L"stored custom property " + std::to_wstring(stored->id) + L" \"" + stored->name + L"\"");
-    return Outcome::Confirmed;
+    if (!::CustomProperty::Dlg::Options(context.parent, context.app, &properties, data)) return Outcome::Cancelled;
+    return StoreEntered(context, [&] {
+        const CustomProperty stored = ValueOf(store(ToRecord(data)));
+        context.reporter.After(ToText(ToData(stored)));
+        context.reporter.Log(L"stored custom property " + std::to_wstring(stored.id) + L" \"" + stored.name + L"\"");
+    });
 }
 
 Outcome New(DialogContext& context) {
@@ -64,9 +63,8 @@ const CustomProperty* Choose(DialogContext& context, const std::vector<CustomPro
 }
 
 Outcome EditExisting(DialogContext& context) {
-    const auto properties = context.project.CustomProperties();
-    if (!properties) return ReportFailure(context, properties.Error());
-    const CustomProperty* chosen = Choose(context, *properties);
+    const auto properties = ValueOf(context.project.CustomProperties());
+    const CustomProperty* chosen = Choose(context, properties);
     if (!chosen) return Outcome::Cancelled;
     return Edit(context, ToData(*chosen), [&](const CustomProperty& property) -> Result<CustomProperty> {
         if (const Status status = context.project.UpdateCustomProperty(property); !status) return status.Error();

@@ -113,39 +113,33 @@ std::optional<Kind> ChooseKind(DialogContext& context, const wchar_t* title,
 
 // ---- templates ----
 
-Result<::ReportTemplate::Context> WhatIsOnOffer(const ProjectStore& project) {
-    auto objects = ReportObjectTree(project);
-    if (!objects) return objects.Error();
-    auto properties = ReportProperties(project);
-    if (!properties) return properties.Error();
+::ReportTemplate::Context WhatIsOnOffer(const ProjectStore& project) {
     ::ReportTemplate::Context offer;
-    offer.objects = *std::move(objects);
-    offer.properties = *std::move(properties);
+    offer.objects = ValueOf(ReportObjectTree(project));
+    offer.properties = ValueOf(ReportProperties(project));
     return offer;
 }
 
 /// Edits the template and gives it to `store`, which answers with the record as the project now has it.
 template <class Store>
 Outcome Edit(DialogContext& context, const ReportTemplate& record, Store store) {
-    auto offer = WhatIsOnOffer(context.project);
-    if (!offer) return ReportFailure(context, offer.Error());
-    const auto [app, type] = KindOf(record);
+    ::ReportTemplate::Context offer = WhatIsOnOffer(context.project);
+    const Kind kind = KindOf(record);
     ReportDefinitionType definition = ToDefinition(record);
     context.reporter.Before(ToText(definition));
-    if (!::ReportTemplate::Edit(context.parent, app, type, &definition, sizeof definition, &*offer, nullptr)) {
+    if (!::ReportTemplate::Edit(context.parent, kind.app, kind.type, &definition, sizeof definition, &offer, nullptr)) {
         return Outcome::Cancelled;
     }
-    const Result<ReportTemplate> stored = store(ToRecord(definition, app, type));
-    if (!stored) return ReportFailure(context, stored.Error());
-    context.reporter.After(ToText(ToDefinition(*stored)));
-    context.reporter.Log(L"stored report template " + std::to_wstring(stored->id) + L" \"" + stored->name + L"\"");
-    return Outcome::Confirmed;
+    return StoreEntered(context, [&] {
+        const ReportTemplate stored = ValueOf(store(ToRecord(definition, kind.app, kind.type)));
+        context.reporter.After(ToText(ToDefinition(stored)));
+        context.reporter.Log(L"stored report template " + std::to_wstring(stored.id) + L" \"" + stored.name + L"\"");
+    });
 }
 
 Outcome EditTemplate(DialogContext& context) {
-    const auto records = context.project.ReportTemplates();
-    if (!records) return ReportFailure(context, records.Error());
-    const ReportTemplate* chosen = ChooseTemplate(context, L"Edit report template", *records);
+    const auto records = ValueOf(context.project.ReportTemplates());
+    const ReportTemplate* chosen = ChooseTemplate(context, L"Edit report template", records);
     if (!chosen) return Outcome::Cancelled;
     return Edit(context, *chosen, [&](const ReportTemplate& record) -> Result<ReportTemplate> {
         if (const Status status = context.project.UpdateReportTemplate(record); !status) return status.Error();
@@ -154,9 +148,7 @@ Outcome EditTemplate(DialogContext& context) {
 }
 
 Outcome NewTemplate(DialogContext& context) {
-    const auto records = context.project.ReportTemplates();
-    if (!records) return ReportFailure(context, records.Error());
-    const auto kind = ChooseKind(context, L"New report template", *records);
+    const auto kind = ChooseKind(context, L"New report template", ValueOf(context.project.ReportTemplates()));
     if (!kind) return Outcome::Cancelled;
     ReportTemplate empty;
     empty.app = kind->app;
@@ -177,11 +169,11 @@ std::wstring NameOf(const ValueList& properties, int id) {
     return std::wstring(std::wstring_view(found->first));
 }
 
-std::optional<std::size_t> ChooseColumn(DialogContext& context, const ReportTemplate& record,
+std::optional<std::size_t> ChooseColumn(DialogContext& context, const ReportDefinitionType& definition,
                                         const ValueList& properties) {
     ValueList choices;
-    for (const ReportColumn& column : record.columns)
-        choices.emplace_back(NameOf(properties, column.property), std::ssize(choices));
+    for (std::int16_t i = 0; i < definition.columnCount; ++i)
+        choices.emplace_back(NameOf(properties, definition.columns[i].propId), i);
     std::int64_t index = 0;
     const int chosen = AskValueDlg::Run(context.parent, context.app, L"Edit report column", L"Column:", choices, index);
     if (chosen < 0) return std::nullopt;
@@ -189,36 +181,33 @@ std::optional<std::size_t> ChooseColumn(DialogContext& context, const ReportTemp
 }
 
 Outcome EditColumn(DialogContext& context) {
-    const auto records = context.project.ReportTemplates();
-    if (!records) return ReportFailure(context, records.Error());
-    const auto properties = ReportProperties(context.project);
-    if (!properties) return ReportFailure(context, properties.Error());
-    const ReportTemplate* chosen = ChooseTemplate(context, L"Edit report column", *records);
+    const auto records = ValueOf(context.project.ReportTemplates());
+    const ValueList properties = ValueOf(ReportProperties(context.project));
+    const ReportTemplate* chosen = ChooseTemplate(context, L"Edit report column", records);
     if (!chosen) return Outcome::Cancelled;
-    const auto index = ChooseColumn(context, *chosen, *properties);
+    const Kind kind = KindOf(*chosen);
+    ReportDefinitionType definition = ToDefinition(*chosen);
+    const auto index = ChooseColumn(context, definition, properties);
     if (!index) return Outcome::Cancelled;
 
-    const auto [app, type] = KindOf(*chosen);
-    ReportDefinitionType definition = ToDefinition(*chosen);
     oce_columntype& column = definition.columns[*index];
     context.reporter.Before(ToText(column) + L"\r\n");
-    const std::wstring name = NameOf(*properties, column.propId);
-    if (!::ReportTemplate::EditColumn(context.parent, &column, name.c_str(), type)) return Outcome::Cancelled;
-    const Status stored = context.project.UpdateReportTemplate(ToRecord(definition, app, type));
-    if (!stored) return ReportFailure(context, stored.Error());
-    context.reporter.After(ToText(column) + L"\r\n");
-    return Outcome::Confirmed;
+    const std::wstring name = NameOf(properties, column.propId);
+    if (!::ReportTemplate::EditColumn(context.parent, &column, name.c_str(), kind.type)) return Outcome::Cancelled;
+    return StoreEntered(context, [&] {
+        Check(context.project.UpdateReportTemplate(ToRecord(definition, kind.app, kind.type)));
+        context.reporter.After(ToText(column) + L"\r\n");
+    });
 }
 
 // ---- files ----
 
 Outcome Export(DialogContext& context) {
-    const auto records = context.project.ReportTemplates();
-    if (!records) return ReportFailure(context, records.Error());
-    const auto kind = ChooseKind(context, L"Export report templates", *records);
+    const auto records = ValueOf(context.project.ReportTemplates());
+    const auto kind = ChooseKind(context, L"Export report templates", records);
     if (!kind) return Outcome::Cancelled;
     std::vector<ReportTemplate> exported;
-    std::copy_if(records->begin(), records->end(), std::back_inserter(exported),
+    std::copy_if(records.begin(), records.end(), std::back_inserter(exported),
                  [&](const ReportTemplate& record) { return IsOf(record, *kind); });
     context.reporter.Before(NamesOf(exported));
     std::vector<ReportDefinitionType> definitions;
@@ -252,39 +241,36 @@ std::vector<ReportTemplate> ImportedTemplates(HWND parent, const Kind& kind) {
 }
 
 Outcome Import(DialogContext& context) {
-    const auto records = context.project.ReportTemplates();
-    if (!records) return ReportFailure(context, records.Error());
-    const auto kind = ChooseKind(context, L"Import report templates", *records);
+    const auto kind = ChooseKind(context, L"Import report templates", ValueOf(context.project.ReportTemplates()));
     if (!kind) return Outcome::Cancelled;
-    std::vector<ReportTemplate> imported = ImportedTemplates(context.parent, *kind);
+    const std::vector<ReportTemplate> imported = ImportedTemplates(context.parent, *kind);
     if (imported.empty()) return Outcome::Cancelled;
-    const auto stored = context.project.CreateReportTemplates(std::move(imported));
-    if (!stored) return ReportFailure(context, stored.Error());
-    context.reporter.After(NamesOf(*stored));
-    context.reporter.Log(L"imported " + std::to_wstring(stored->size()) + L" report templates, " +
-                         std::to_wstring(stored->front().id) + L" to " + std::to_wstring(stored->back().id));
-    return Outcome::Confirmed;
+    return StoreEntered(context, [&] {
+        const auto stored = ValueOf(context.project.CreateReportTemplates(imported));
+        context.reporter.After(NamesOf(stored));
+        context.reporter.Log(L"imported " + std::to_wstring(stored.size()) + L" report templates, " +
+                             std::to_wstring(stored.front().id) + L" to " + std::to_wstring(stored.back().id));
+    });
 }
 
 // ---- warnings ----
 
-Status Warn(DialogContext& context) {
-    if (const Status raised = RaiseWarnings(context.project, context.app); !raised) return raised.Error();
+void Warn(DialogContext& context) {
+    Check(RaiseWarnings(context.project, context.app));
     context.reporter.Log(L"raised " + std::to_wstring(kWarningCount) + L" warnings in " +
                          std::to_wstring(kWarningCategoryCount) + L" categories");
-    return Done{};
 }
 
 Outcome ShowWarnings(DialogContext& context) {
-    if (const Status raised = Warn(context); !raised) return ReportFailure(context, raised.Error());
+    Warn(context);
     return WarningReport::ShowReport(context.parent, context.app) ? Outcome::Confirmed : Outcome::Failed;
 }
 
 Outcome NotifyOfWarnings(DialogContext& context) {
     if (!context.parent) {
-        return ReportFailure(context, {FailureKind::BadInput, L"The balloon needs the host's window: open it there."});
+        throw Failure{FailureKind::BadInput, L"The balloon needs the host's window: open it there."};
     }
-    if (const Status raised = Warn(context); !raised) return ReportFailure(context, raised.Error());
+    Warn(context);
     WarningReport::ShowNotification(context.parent, context.app);
     return Outcome::Confirmed;
 }

@@ -21,45 +21,35 @@ namespace Dlg = ObjectSelection::Dlg;
 /// Managing the drawings is for one user at a time.
 constexpr int kFlags = Dlg::kLockForDrawings;
 
-/// Runs `dialog` with the callback for `app`; a Failure that it throws is logged.
-template <class Dialog>
-Outcome WithCallback(DialogContext& context, Lng::AppID app, Dialog dialog) try {
-    SelectionCallback callback(context.project, app, context.reporter);
-    return dialog(callback);
-} catch (const Failure& failure) {
-    return ReportFailure(context, failure);
-}
-
-std::vector<const PlacedObject*> Evaluate(DialogContext& context, const SelectionCallback& callback,
-                                          const ObjectSelection::Data& data) {
+/// Shows the record with what it selects: how many objects, and which.
+std::vector<const PlacedObject*> ShowResult(DialogContext& context, const SelectionCallback& callback,
+                                            const std::wstring& record, const ObjectSelection::Data& data) {
     auto objects = SelectedObjects(callback.Project(), data, callback.CurrentDrawing().id);
-    context.reporter.Log(data.bySelectionSet
-                             ? L"selected " + std::to_wstring(objects.size()) + L" of " +
-                                   std::to_wstring(callback.Project().content.objects.size()) + L" objects"
-                             : L"the user picks the objects in the drawing");
+    const std::wstring result = ToText(callback.Project(), data, objects);
+    context.reporter.After(record + L"\r\n" + result);
+    context.reporter.Log(result.substr(0, result.find(L'\r')));
     return objects;
 }
 
-/// Edits the criteria that the application used last with `edit`, which answers whether the user confirmed.
-template <class Edit>
-Outcome EditLast(DialogContext& context, SelectionCallback& callback, Edit edit) {
+/// Edits the criteria that the application used last with `edit`, which answers whether the user confirmed, and gives
+/// the objects that they select to `use`.
+template <class Edit, class Use>
+Outcome EditLast(DialogContext& context, SelectionCallback& callback, Edit edit, Use use) {
     ObjectSelection::Data data = callback.Store().Last();
     context.reporter.Before(ToText(data));
     if (!edit(data)) return Outcome::Cancelled;
-    callback.Store().SetLast(data);
-    context.reporter.After(ToText(data));
-    return Outcome::Confirmed;
+    const Outcome stored = StoreEntered(context, [&] { callback.Store().SetLast(data); });
+    if (stored == Outcome::Confirmed) use(ShowResult(context, callback, ToText(data), data));
+    return stored;
 }
 
 template <Lng::AppID app, int flags>
 Outcome EditCriteria(DialogContext& context) {
-    return WithCallback(context, app, [&](SelectionCallback& callback) {
-        return EditLast(context, callback, [&](ObjectSelection::Data& data) {
-            if (Dlg::Edit(app, context.parent, callback.Get(), data, flags) != 0) return false;
-            Evaluate(context, callback, data);
-            return true;
-        });
-    });
+    SelectionCallback callback(context.project, app, context.reporter);
+    const auto edit = [&](ObjectSelection::Data& data) {
+        return Dlg::Edit(app, context.parent, callback.Get(), data, flags) == 0;
+    };
+    return EditLast(context, callback, edit, [](const auto&) {});
 }
 
 /// The configuration that the user chooses; without a key for none.
@@ -76,47 +66,42 @@ ObjectSelection::RecordData ChooseConfiguration(DialogContext& context, Selectio
 }
 
 Outcome EditRecord(DialogContext& context) {
-    return WithCallback(context, context.app, [&](SelectionCallback& callback) {
-        ObjectSelection::RecordData record = ChooseConfiguration(context, callback);
-        if (record.key.empty()) return Outcome::Cancelled;
-        context.reporter.Before(ToText(record));
-        if (Dlg::Edit(context.app, context.parent, callback.Get(), record, kFlags) != 0) return Outcome::Cancelled;
+    SelectionCallback callback(context.project, context.app, context.reporter);
+    ObjectSelection::RecordData record = ChooseConfiguration(context, callback);
+    if (record.key.empty()) return Outcome::Cancelled;
+    context.reporter.Before(ToText(record));
+    if (Dlg::Edit(context.app, context.parent, callback.Get(), record, kFlags) != 0) return Outcome::Cancelled;
+    return StoreEntered(context, [&] {
         callback.Store().Save(record);
-        context.reporter.After(ToText(record));
-        Evaluate(context, callback, record.data);
-        return Outcome::Confirmed;
+        ShowResult(context, callback, ToText(record), record.data);
     });
 }
 
 /// Edits the first filter rule of the criteria used last, or a new one.
 Outcome EditRule(DialogContext& context) {
-    return WithCallback(context, context.app, [&](SelectionCallback& callback) {
-        return EditLast(context, callback, [&](ObjectSelection::Data& data) {
-            ObjectSelection::Property rule;
-            if (!data.filterRules.empty()) rule = data.filterRules.front();
-            if (Dlg::Edit(context.app, context.parent, callback.Get(), rule) != 0) return false;
-            if (data.filterRules.empty()) data.filterRules.emplace_back();
-            data.filterRules.front() = std::move(rule);
-            return true;
-        });
-    });
+    SelectionCallback callback(context.project, context.app, context.reporter);
+    const auto edit = [&](ObjectSelection::Data& data) {
+        ObjectSelection::Property rule;
+        if (!data.filterRules.empty()) rule = data.filterRules.front();
+        if (Dlg::Edit(context.app, context.parent, callback.Get(), rule) != 0) return false;
+        if (data.filterRules.empty()) data.filterRules.emplace_back();
+        data.filterRules.front() = std::move(rule);
+        return true;
+    };
+    return EditLast(context, callback, edit, [](const auto&) {});
 }
 
 Outcome RunCommand(DialogContext& context) {
-    return WithCallback(context, context.app, [&](SelectionCallback& callback) {
-        ObjectSelectionCmd::Result result = ObjectSelectionCmd::ShowInReport;
-        ObjectSelection::Data selection;
-        const Outcome outcome = EditLast(context, callback, [&](ObjectSelection::Data& data) {
-            const bool confirmed =
-                ObjectSelectionCmd::OptionsDlg(context.parent, context.app, callback.Get(), data, result);
-            selection = data;
-            return confirmed;
-        });
-        if (outcome != Outcome::Confirmed) return outcome;
-        const auto objects = Evaluate(context, callback, selection);
-        if (result == ObjectSelectionCmd::SelectInDrawing) return Outcome::Confirmed;
-        const SimpleReport report = ReportOf(callback.Project(), objects, context.app);
-        return SimpleReportOuputDlg::Run(context.parent, report, {}) ? Outcome::Confirmed : Outcome::Failed;
+    SelectionCallback callback(context.project, context.app, context.reporter);
+    ObjectSelectionCmd::Result result = ObjectSelectionCmd::ShowInReport;
+    const auto edit = [&](ObjectSelection::Data& data) {
+        return ObjectSelectionCmd::OptionsDlg(context.parent, context.app, callback.Get(), data, result);
+    };
+    return EditLast(context, callback, edit, [&](const auto& objects) {
+        if (result == ObjectSelectionCmd::SelectInDrawing) return;
+        if (!SimpleReportOuputDlg::Run(context.parent, ReportOf(callback.Project(), objects, context.app), {})) {
+            throw Failure{FailureKind::System, L"The report could not be shown."};
+        }
     });
 }
 

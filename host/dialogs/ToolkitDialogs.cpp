@@ -29,24 +29,19 @@ Outcome Ask(DialogContext& context, const wchar_t* title, const wchar_t* prompt,
 }
 
 Outcome AskText(DialogContext& context) {
-    const auto info = context.project.Info();
-    if (!info) return ReportFailure(context, info.Error());
-    return Ask(context, L"Project", L"Client:", ustr(info->client));
+    return Ask(context, L"Project", L"Client:", ustr(ValueOf(context.project.Info()).client));
 }
 
 Outcome AskRoom(DialogContext& context) {
-    const auto rooms = context.project.Rooms();
-    if (!rooms) return ReportFailure(context, rooms.Error());
+    const auto rooms = ValueOf(context.project.Rooms());
     ValueList choices;
-    for (const Room& room : *rooms)
+    for (const Room& room : rooms)
         choices.emplace_back(room.number + L" " + room.name, room.id);
-    return Ask(context, L"Rooms", L"Room:", rooms->empty() ? Id{} : rooms->front().id, choices);
+    return Ask(context, L"Rooms", L"Room:", rooms.empty() ? Id{} : rooms.front().id, choices);
 }
 
 Outcome AskDrawing(DialogContext& context) {
-    const auto drawings = DrawingTree(context.project);
-    if (!drawings) return ReportFailure(context, drawings.Error());
-    return Ask(context, L"Drawings", L"Drawing:", Id{}, *drawings);
+    return Ask(context, L"Drawings", L"Drawing:", Id{}, ValueOf(DrawingTree(context.project)));
 }
 
 void TourText(TourSteps& steps) {

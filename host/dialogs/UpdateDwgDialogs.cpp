@@ -44,9 +44,16 @@ bool NeedsSelectionSet(const ProjectIndex& project, std::int64_t id) {
     return group && group->name == L"Location";
 }
 
-Outcome UpdateDrawings(DialogContext& context) try {
+/// The project's database, in which the dialog keeps its sets.
+QBaseDb OpenDatabase(const ProjectStore& project) {
+    QBaseDb database(project.Path().c_str());
+    if (database.GetStatus() == QBaseDb::Status::Open) return database;
+    throw Failure{FailureKind::System, std::wstring(std::wstring_view(database.GetErrorText()))};
+}
+
+Outcome UpdateDrawings(DialogContext& context) {
     SelectionCallback callback(context.project, context.app, context.reporter);
-    const QBaseDb database(context.project.Path().c_str());
+    const QBaseDb database = OpenDatabase(context.project);
     const TREE_INSERTLIST2 items = Items(context.project);
     const auto answer = [&](UpdateDwgData::Dlg::MsgId message, std::uint64_t wParam, std::int64_t) -> std::int64_t {
         return message == UpdateDwgData::Dlg::NeedsSelectionSet &&
@@ -58,14 +65,12 @@ Outcome UpdateDrawings(DialogContext& context) try {
     if (!UpdateDwgData::OptionsDlg(context.parent, context.app, options, &items, database, callback.Get(), answer)) {
         return Outcome::Cancelled;
     }
-    context.reporter.After(TextOf(options));
     const auto objects = SelectedObjects(callback.Project(), options.selection, callback.CurrentDrawing().id);
+    context.reporter.After(TextOf(options) + L"\r\n" + ToText(callback.Project(), options.selection, objects));
     context.reporter.Log(L"updated " + std::to_wstring(options.properties.size()) + L" properties of " +
                          (options.selection.bySelectionSet ? std::to_wstring(objects.size()) + L" objects"
                                                            : L"the objects that the user picks"));
     return Outcome::Confirmed;
-} catch (const Failure& failure) {
-    return ReportFailure(context, failure);
 }
 
 void TourUpdate(TourSteps& steps) {

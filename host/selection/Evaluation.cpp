@@ -3,6 +3,7 @@
 #include <orvatool/NameListTree.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -76,10 +77,17 @@ private:
 
     void AddDrawings(const Data& selection, Id currentDrawing) {
         if (selection.currentDrawing) return criteria_.push_back({&PlacedObject::drawing, {currentDrawing}});
-        if (!selection.useModelDrawings || selection.modelDrawings.empty()) return;
         IdSet ids;
-        for (const ObjectSelection::DrawingRef& drawing : selection.modelDrawings)
-            ids.insert(IdOf(drawing));
+        const auto add = [&](Id drawing) {
+            if (project_.IsModelDrawing(drawing)) ids.insert(drawing);
+        };
+        if (selection.useModelDrawings && !selection.modelDrawings.empty()) {
+            for (const ObjectSelection::DrawingRef& drawing : selection.modelDrawings)
+                add(IdOf(drawing));
+        } else {
+            for (const Drawing& drawing : project_.content.drawings)
+                add(drawing.id);
+        }
         criteria_.push_back({&PlacedObject::drawing, std::move(ids)});
     }
 
@@ -156,6 +164,25 @@ ustr NumberAndName(const Room* room) {
     return room ? ustr(room->number + L" " + room->name) : ustr();
 }
 
+/// What the report tells of an object, by column.
+std::array<ustr, 5> CellsOf(const ProjectIndex& project, const PlacedObject& object) {
+    const Drawing* drawing = project.drawings[object.drawing];
+    const Layout* layout = project.layouts[object.layout];
+    return {CodeAndName(project.partTypes[object.partType]), CodeAndName(project.systems[object.system]),
+            NumberAndName(project.rooms[object.room]), drawing ? ustr(drawing->fileName) : ustr(),
+            layout ? ustr(layout->name) : ustr(kModelSpace)};
+}
+
+std::wstring LineOf(const ProjectIndex& project, const PlacedObject& object) {
+    std::wstring line;
+    for (const ustr& cell : CellsOf(project, object)) {
+        if (cell.empty()) continue;
+        if (!line.empty()) line += L", ";
+        line += cell.c_str();
+    }
+    return line;
+}
+
 ObjPosInDwg PlaceOf(const ProjectIndex& project, const PlacedObject& object) {
     constexpr std::uint64_t kFirstHandle = 0x2A00;
     ObjPosInDwg place;
@@ -188,6 +215,18 @@ std::vector<const PlacedObject*> SelectedObjects(const ProjectIndex& project, co
     return selected;
 }
 
+std::wstring ToText(const ProjectIndex& project, const Data& selection,
+                    const std::vector<const PlacedObject*>& objects) {
+    constexpr std::size_t kMost = 100;
+    if (!selection.bySelectionSet) return L"the user picks the objects in the drawing\r\n";
+    std::wstring text = L"selected " + std::to_wstring(objects.size()) + L" of " +
+                        std::to_wstring(project.content.objects.size()) + L" objects\r\n";
+    for (std::size_t i = 0; i < std::min(objects.size(), kMost); ++i)
+        text += L"    " + LineOf(project, *objects[i]) + L"\r\n";
+    if (objects.size() > kMost) text += L"    and " + std::to_wstring(objects.size() - kMost) + L" more\r\n";
+    return text;
+}
+
 SimpleReport ReportOf(const ProjectIndex& project, const std::vector<const PlacedObject*>& objects, Lng::AppID app) {
     SimpleReport report(L"SelectedObjects");
     report.SetAppID(app);
@@ -199,14 +238,10 @@ SimpleReport ReportOf(const ProjectIndex& project, const std::vector<const Place
     report.AddColumn(Lng::text(kSharedTexts, 95016, L"Layout"), 90);
     report.ReserveRows(static_cast<int>(objects.size()));
     for (const PlacedObject* object : objects) {
-        const Drawing* drawing = project.drawings[object->drawing];
-        const Layout* layout = project.layouts[object->layout];
         const int row = report.AddRow(PlaceOf(project, *object));
-        report.SetText(row, 0, CodeAndName(project.partTypes[object->partType]));
-        report.SetText(row, 1, CodeAndName(project.systems[object->system]));
-        report.SetText(row, 2, NumberAndName(project.rooms[object->room]));
-        report.SetText(row, 3, drawing ? ustr(drawing->fileName) : ustr());
-        report.SetText(row, 4, layout ? ustr(layout->name) : ustr(kModelSpace));
+        int column = 0;
+        for (const ustr& cell : CellsOf(project, *object))
+            report.SetText(row, column++, cell);
     }
     return report;
 }

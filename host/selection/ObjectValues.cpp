@@ -51,8 +51,12 @@ std::wstring Number(double value) {
     return text;
 }
 
+std::wstring NumberIf(bool has, double value) {
+    return has ? Number(value) : std::wstring();
+}
+
 std::wstring NumberOrNone(double value, bool has = true) {
-    return has && value != 0 ? Number(value) : std::wstring();
+    return NumberIf(has && value != 0, value);
 }
 
 /// The number that a text begins with; 0 for none.
@@ -124,7 +128,7 @@ constexpr Known kKnown[] = {
     {111, [](const Subject& s) { return NumberOrNone(s.object.load, s.Has(L"WS")); }                   },
     {124, [](const Subject& s) { return NumberOrNone(s.object.load, s.Has(L"H")); }                    },
     {125, [](const Subject& s) { return NumberOrNone(s.object.load, s.Has(L"C")); }                    },
-    {131, [](const Subject& s) { return NumberOrNone(s.InRoom().temperature); }                        },
+    {131, [](const Subject& s) { return NumberIf(s.object.room != 0, s.InRoom().temperature); }        },
     {142, [](const Subject& s) { return s.Has(L"E") ? Number(s.object.load) + L" W" : std::wstring(); }},
     {151, [](const Subject& s) { return s.AreaName(s.object.switchboardArea); }                        },
     {211, [](const Subject& s) { return s.Part().manufacturer; }                                       },
@@ -139,7 +143,7 @@ const Known* FindKnown(std::int32_t property) {
     return found != std::end(kKnown) && found->property == property ? found : nullptr;
 }
 
-/// Properties that make sense for some disciplines only, by the first words of their group's path.
+/// Properties that make sense for some disciplines only, by their group.
 struct Scope {
     const wchar_t* group;
     const wchar_t* disciplines;
@@ -179,7 +183,7 @@ std::wstring Drawn(const PlacedObject& object, const Property& property) {
     const double scaled = LeadingNumber(property.sample) * (0.5 + static_cast<double>(draw % 101) / 100);
     switch (property.type) {
         case ValueType::Choice:
-            return property.choices[draw % property.choices.size()];
+            return property.choices.empty() ? std::wstring() : property.choices[draw % property.choices.size()];
         case ValueType::Boolean:
             return draw % 2 ? L"1" : L"0";
         case ValueType::Integer:
@@ -235,9 +239,10 @@ std::wstring ValueOf(const ProjectIndex& project, const PlacedObject& object, co
 }
 
 std::wstring ValueText(const Property& property, std::wstring_view value) {
+    if (value.empty()) return {};
     if (property.type == ValueType::Boolean) return value == L"1" ? L"Yes" : L"No";
     std::wstring text(value);
-    if (value.empty() || KindOf(property) != ObjectSelection::Dlg::NumberValue) return text;
+    if (KindOf(property) != ObjectSelection::Dlg::NumberValue) return text;
     text = Localised(std::move(text));
     if (property.unit == L"°") return text + property.unit;
     return property.unit.empty() ? text : text + L" " + property.unit;

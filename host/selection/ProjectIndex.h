@@ -2,6 +2,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "host/DrawingPaths.h"
@@ -51,13 +52,13 @@ public:
     const RecordIndex<PropertyGroup> propertyGroups{content.propertyGroups};
     const RecordIndex<Property> properties{content.properties};
     const DrawingPaths paths;
-};
 
-/// What a Result holds; throws its Failure.
-template <class T>
-T ValueOf(Result<T> result) {
-    if (!result) throw result.Error();
-    return *std::move(result);
-}
+    bool IsModelDrawing(Id drawing) const { return !leftOut_.contains(drawing); }
+    /// Follows a change of the model drawings: what of the project changes while it is looked at.
+    void SetLeftOutDrawings(const std::vector<LeftOutDrawing>& leftOut);
+
+private:
+    std::unordered_set<Id> leftOut_;
+};
 
 }  // namespace ochost

@@ -1,7 +1,5 @@
 #include "host/selection/SampleProject.h"
 
-#include <filesystem>
-
 #include "host/ProjectGenerator.h"
 #include "host/selection/DrawingRecords.h"
 #include "host/selection/SampleSelections.h"
@@ -9,13 +7,9 @@
 namespace ochost {
 
 Result<ProjectStore> OpenSampleProject(const std::wstring& path, int scale) {
-    std::error_code ignored;
-    const bool isNew = !std::filesystem::exists(path, ignored);
-    Result<ProjectStore> project = OpenOrGenerateProject(path, scale);
+    Result<ProjectStore> project =
+        OpenOrGenerateProject(path, scale, [](ProjectStore& made) { return AddSampleSelections(made); });
     if (!project) return project;
-    if (isNew) {
-        if (const Status added = AddSampleSelections(*project); !added) return added.Error();
-    }
     if (const Status kept = KeepDrawingRecords(*project); !kept) return kept.Error();
     return project;
 }

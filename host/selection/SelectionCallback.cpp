@@ -5,12 +5,12 @@
 #include <commctrl.h>
 #include <orvatool/AskValueDlg.h>
 #include <orvatool/Gw.h>
+#include <orvatool/ImageLib.h>
 
 #include <algorithm>
 #include <iterator>
 #include <set>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "host/ProjectTrees.h"
 #include "host/Utf.h"
@@ -56,6 +56,20 @@ std::vector<ustr>& NamesOf(DrawingEntry& entry, AreaKind kind) {
             break;
     }
     return entry.selectionAreas;
+}
+
+const Drawing& FindCurrentDrawing(const ProjectIndex& project, Lng::AppID app) {
+    const bool diagram = app == Lng::Schematics || app == Lng::Automation;
+    const wchar_t* discipline = app == Lng::Electrical ? L"E" : L"V";
+    std::vector<const Drawing*> candidates;
+    for (const Drawing& drawing : project.content.drawings) {
+        const bool isDiagram = drawing.floor == 0;
+        if (isDiagram == diagram && project.disciplines[drawing.discipline]->code == discipline) {
+            candidates.push_back(&drawing);
+        }
+    }
+    if (candidates.empty()) throw Failure{FailureKind::NotFound, L"The project has no drawing to work on."};
+    return *candidates[diagram ? 0 : candidates.size() / 2];
 }
 
 /// "V-A04 Ventilation, 4th floor"
@@ -122,7 +136,12 @@ const SelectionCallback::Handler SelectionCallback::kHandlers[] = {
 };
 
 SelectionCallback::SelectionCallback(ProjectStore& project, Lng::AppID app, Reporter& reporter)
-    : store_(project), app_(app), reporter_(reporter), project_(project), selections_(project, app) {
+    : store_(project),
+      app_(app),
+      reporter_(reporter),
+      project_(project),
+      currentDrawing_(FindCurrentDrawing(project_, app)),
+      selections_(project, app) {
     static_assert(std::size(kHandlers) == ObjectSelection::Dlg::ChooseValue + 1);
 }
 
@@ -137,24 +156,9 @@ std::int64_t SelectionCallback::Answer(Message message, std::uint64_t wParam, st
     try {
         return (this->*kHandlers[number])({wParam, lParam});
     } catch (const Failure& failure) {
-        reporter_.Log(failure.message);
+        reporter_.Fail(failure.message);
         throw;
     }
-}
-
-const Drawing& SelectionCallback::CurrentDrawing() const {
-    const bool diagram = app_ == Lng::Schematics || app_ == Lng::Automation;
-    const wchar_t* discipline = app_ == Lng::Electrical ? L"E" : L"V";
-    std::vector<const Drawing*> candidates;
-    for (const Drawing& drawing : project_.content.drawings) {
-        const bool isDiagram = drawing.floor == 0;
-        if (isDiagram == diagram && project_.disciplines[drawing.discipline]->code == discipline) {
-            candidates.push_back(&drawing);
-        }
-    }
-    if (candidates.empty()) throw Failure{FailureKind::NotFound, L"The project has no drawing to work on."};
-    const Drawing* const chosen = candidates[diagram ? 0 : candidates.size() / 2];
-    return *chosen;
 }
 
 // ---- configurations and the lock ----
@@ -222,17 +226,19 @@ std::int64_t SelectionCallback::ManageDrawings(const Parameters& parameters) {
         AskValueDlg::Run(parameters.WWindow(), app_, L"Model drawings", L"Add or remove:", drawings, chosen);
     const Drawing* drawing = row < 0 ? nullptr : project_.drawings[chosen];
     if (!drawing) return 0;
-    const auto leftOut = ValueOf(store_.LeftOutDrawings());
-    const bool isModel = std::find(leftOut.begin(), leftOut.end(), LeftOutDrawing{chosen}) == leftOut.end();
-    if (const Status set = store_.SetModelDrawing(chosen, !isModel); !set) throw set.Error();
-    reporter_.Log((isModel ? L"removed model drawing " : L"added model drawing ") + drawing->fileName);
+    project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));
+    const bool wasModel = project_.IsModelDrawing(chosen);
+    Check(store_.SetModelDrawing(chosen, !wasModel));
+    project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));
+    reporter_.Log((wasModel ? L"removed model drawing " : L"added model drawing ") + drawing->fileName);
     return 0;
 }
 
 std::int64_t SelectionCallback::GetDrawings(const Parameters& parameters) {
     auto& entries = parameters.L<std::vector<DrawingEntry>>();
-    entries = ModelDrawings();
-    if (parameters.wParam == 1) return 0;
+    const bool forChoice = parameters.wParam == 1;
+    entries = ModelDrawings(!forChoice);
+    if (forChoice) return 0;
     std::unordered_map<Id, DrawingEntry*> byId;
     for (DrawingEntry& entry : entries) {
         byId.emplace(entry.drawing.id, &entry);
@@ -251,13 +257,12 @@ std::int64_t SelectionCallback::GetDrawings(const Parameters& parameters) {
     return 0;
 }
 
-std::vector<DrawingEntry> SelectionCallback::ModelDrawings() const {
-    std::unordered_set<Id> leftOut;
-    for (const LeftOutDrawing& drawing : ValueOf(store_.LeftOutDrawings()))
-        leftOut.insert(drawing.drawing);
+/// The user may ask for names in the current drawing whether it is a model drawing or not.
+std::vector<DrawingEntry> SelectionCallback::ModelDrawings(bool withCurrent) const {
     std::vector<DrawingEntry> entries;
     for (const Drawing& drawing : project_.content.drawings) {
-        if (leftOut.contains(drawing.id)) continue;
+        const bool isWanted = withCurrent && drawing.id == currentDrawing_.id;
+        if (!isWanted && !project_.IsModelDrawing(drawing.id)) continue;
         DrawingEntry& entry = entries.emplace_back();
         entry.drawing = RefOf(project_, drawing);
         entry.title = std::wstring_view(TitleOf(drawing));
@@ -314,20 +319,37 @@ std::int64_t SelectionCallback::FillPartTypes(const Parameters& parameters) {
     const gwRedrawOff quiet(tree);
     TreeView_DeleteAllItems(tree);
     if (!TreeView_GetImageList(tree, TVSIL_STATE)) gwTVaddChecks(tree);
-    const TREE_INSERTLIST rows = PartTypeTree(project_, app_);
-    const std::vector<HTREEITEM> items = FillTree(tree, rows).items;
-
+    TREE_INSERTLIST rows = PartTypeTree(project_, app_);
     const auto& codes = parameters.L<const PartTypeFill>().data->partTypesAlt;
-    const std::set<astr> chosen(codes.begin(), codes.end());
-    std::vector<HTREEITEM> checked;
+    std::set<astr> missing(codes.begin(), codes.end());
+    std::vector<std::size_t> chosen;
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const PartType* part = project_.partTypes[rows[row].value];
-        if (!part || !chosen.contains(orvaspace::ToUtf8(part->code))) continue;
+        if (part && missing.erase(orvaspace::ToUtf8(part->code)) > 0) chosen.push_back(row);
+    }
+    missingCodes_.assign(missing.begin(), missing.end());
+    AddMissingCodes(rows, chosen);
+
+    const std::vector<HTREEITEM> items = FillTree(tree, rows).items;
+    std::vector<HTREEITEM> checked;
+    for (const std::size_t row : chosen) {
         gwTVsetCheck(tree, items[row], kTreeChecked);
         checked.push_back(items[row]);
     }
     gwTVUpdate3StateCheckForItems(tree, checked);
     return 1;
+}
+
+/// What the project does not have stays until the user unchecks it.
+void SelectionCallback::AddMissingCodes(TREE_INSERTLIST& rows, std::vector<std::size_t>& chosen) const {
+    if (missingCodes_.empty()) return;
+    rows.push_back(0, 0, Lng::NoApp, ImageLib::NoImage, Lng::text(kLibraryTexts, 25945, L"Not found"));
+    std::int64_t value = 0;
+    for (const astr& code : missingCodes_) {
+        chosen.push_back(rows.size());
+        rows.push_back(1, --value, Lng::NoApp, ImageLib::NoImage, ustr(ToUtf16(code.c_str())));
+    }
+    rows.finalize();
 }
 
 std::int64_t SelectionCallback::ReadPartTypes(const Parameters& parameters) {
@@ -336,8 +358,10 @@ std::int64_t SelectionCallback::ReadPartTypes(const Parameters& parameters) {
     auto& codes = parameters.L<ObjectSelection::Data>().partTypesAlt;
     codes.clear();
     for (HTREEITEM item = TreeView_GetRoot(tree); item; item = gwTVnext(tree, item)) {
-        const PartType* part = project_.partTypes[gwTVgetData(tree, item)];
-        if (part && gwTVgetCheck(tree, item) == kTreeChecked) codes.push_back(orvaspace::ToUtf8(part->code));
+        if (gwTVgetCheck(tree, item) != kTreeChecked) continue;
+        const std::int64_t value = gwTVgetData(tree, item);
+        if (value < 0) codes.push_back(missingCodes_[static_cast<std::size_t>(-1 - value)]);
+        if (const PartType* part = project_.partTypes[value]) codes.push_back(orvaspace::ToUtf8(part->code));
     }
     return 1;
 }

@@ -14,11 +14,11 @@ namespace ochost {
 
 /// What the host answers to the object selection's dialogs, from the project.
 ///
-/// What the project cannot give is logged and thrown as a Failure; a refused lock is also told to the user.
+/// What the project cannot give or store is reported and thrown as a Failure; a refused lock is told to the user.
 class SelectionCallback {
 public:
     /// For dialogs of `app`. Project and reporter must outlive the object. Throws the Failure when the project cannot
-    /// be read.
+    /// be read or has no drawing to work on.
     SelectionCallback(ProjectStore& project, Lng::AppID app, Reporter& reporter);
     SelectionCallback(const SelectionCallback&) = delete;
     SelectionCallback& operator=(const SelectionCallback&) = delete;
@@ -29,7 +29,7 @@ public:
     const ProjectIndex& Project() const { return project_; }
     SelectionStore& Store() { return selections_; }
     /// The drawing that the user works on: of the middle floor, or the first diagram for applications that draw those.
-    const Drawing& CurrentDrawing() const;
+    const Drawing& CurrentDrawing() const { return currentDrawing_; }
 
 private:
     using Message = ObjectSelection::Dlg::CbMsgId;
@@ -67,16 +67,19 @@ private:
     std::int64_t SetUpEditor(const Parameters& parameters);
     std::int64_t ChooseValue(const Parameters& parameters);
 
-    std::vector<ObjectSelection::Dlg::DrawingEntry> ModelDrawings() const;
+    std::vector<ObjectSelection::Dlg::DrawingEntry> ModelDrawings(bool withCurrent) const;
+    void AddMissingCodes(TREE_INSERTLIST& rows, std::vector<std::size_t>& chosen) const;
     /// The property of that id; null for one that the project does not have.
     const Property* PropertyOf(std::uint64_t id) const;
 
     ProjectStore& store_;
     const Lng::AppID app_;
     Reporter& reporter_;
-    const ProjectIndex project_;
+    ProjectIndex project_;
+    const Drawing& currentDrawing_;
     SelectionStore selections_;
     std::optional<ProjectLock> lock_;
+    std::vector<astr> missingCodes_;  // in the tree of part types, with the values -1, -2 ...
 };
 
 }  // namespace ochost

@@ -24,10 +24,6 @@ std::int32_t IdOf(const astr& key) {
     return id;
 }
 
-void Check(const Status& status) {
-    if (!status) throw status.Error();
-}
-
 }  // namespace
 
 std::wstring ToXml(const ObjectSelection::Data& data) {

@@ -15,7 +15,7 @@ std::wstring ToText(const astr& name) {
 }
 
 std::wstring ToText(const ObjectSelection::DrawingRef& drawing) {
-    return std::to_wstring(drawing.id);
+    return drawing.id != 0 ? std::to_wstring(drawing.id) : std::wstring(std::wstring_view(drawing.path));
 }
 
 std::wstring ToText(const ObjectSelection::NameListInDwg::Entry& entry) {

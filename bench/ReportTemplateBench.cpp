@@ -65,26 +65,6 @@ UINT StateOf(const TREE_INSERTITEM& row) {
     return group % kIncluded ? 1 : 2;
 }
 
-HIMAGELIST CreateCheckImagesBare() {
-    constexpr int kSide = 16;
-    constexpr UINT kStates[] = {0, DFCS_BUTTONCHECK, DFCS_BUTTONCHECK | DFCS_CHECKED, DFCS_BUTTON3STATE | DFCS_CHECKED};
-    const HDC screen = GetDC(nullptr);
-    const HDC dc = CreateCompatibleDC(screen);
-    const HBITMAP bitmap = CreateCompatibleBitmap(screen, kSide * 4, kSide);
-    const HGDIOBJ before = SelectObject(dc, bitmap);
-    for (int i = 1; i < 4; ++i) {
-        RECT box{i * kSide + 1, 1, i * kSide + 14, 14};
-        DrawFrameControl(dc, &box, DFC_BUTTON, kStates[i]);
-    }
-    SelectObject(dc, before);
-    const HIMAGELIST images = ImageList_Create(kSide, kSide, ILC_COLOR32, 4, 0);
-    ImageList_Add(images, bitmap, nullptr);
-    DeleteObject(bitmap);
-    DeleteDC(dc);
-    ReleaseDC(nullptr, screen);
-    return images;
-}
-
 INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
     RECT rect = item.rcItem;
     FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_WINDOW));

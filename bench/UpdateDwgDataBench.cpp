@@ -8,10 +8,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "TempFolder.h"
 
 // A full table of sets against bare prepared statements on the same file: every set read from a table that has a column
 // for each field, and every id looked up among the records.
@@ -39,19 +40,6 @@ OptionsRec Set(long id) {
     rec.options.selection.rooms = {1, 2, 3};
     return rec;
 }
-
-// A folder of its own that goes with the program.
-struct Folder {
-    Folder() {
-        std::filesystem::remove_all(path);
-        Check(std::filesystem::create_directories(path));
-    }
-    ~Folder() { std::filesystem::remove_all(path); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / L"UpdateDwgDataBench";
-};
 
 // A project in which every id is taken, with the same sets in a table of their own.
 class Project {
@@ -89,10 +77,9 @@ private:
         transaction.Commit();
     }
 
-    Folder folder_;
-    QBaseDb db_{(folder_.path / L"project.db").c_str()};
-    orvasql::Database bare_{(folder_.path / L"project.db").wstring(), orvasql::OpenMode::ReadWrite,
-                            std::chrono::milliseconds(0)};
+    TempFolder folder_{L"UpdateDwgDataBench"};
+    QBaseDb db_{folder_.File(L"project.db").c_str()};
+    orvasql::Database bare_{folder_.File(L"project.db"), orvasql::OpenMode::ReadWrite, std::chrono::milliseconds(0)};
 };
 
 Project& TheProject() {

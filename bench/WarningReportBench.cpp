@@ -6,12 +6,11 @@
 
 #include <commctrl.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 
+#include "PaintAndClose.h"
 #include "Paired.h"
 #include "toolkit/orvatool/resources/orvatool_ids.h"
 
@@ -21,19 +20,12 @@
 namespace {
 
 constexpr int kCategories = 20;
-constexpr UINT kPaintAndClose = WM_APP + 1;
 constexpr wchar_t kText[] = L"The object has no size and is left out.";
 
 using Clock = std::chrono::steady_clock;
 
 double Milliseconds(Clock::duration time) {
     return std::chrono::duration<double, std::milli>(time).count();
-}
-
-double Median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 ObjPosInDwg Place() {
@@ -80,40 +72,23 @@ void CollectBare(benchmark::State& state) {
     }
 }
 
-// The dialog that becomes active is painted at once and closed; the times are taken at its creation and when it has
-// been painted.
-HWND watcher = nullptr;
+// When the dialog's window is made.
 Clock::time_point created;
-Clock::time_point painted;
 
-bool IsDialog(HWND window) {
+LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
     wchar_t name[32] = L"";
-    GetClassNameW(window, name, 32);
-    return lstrcmpW(name, L"#32770") == 0;
-}
-
-LRESULT CALLBACK WatchProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message != kPaintAndClose) return DefWindowProcW(window, message, wParam, lParam);
-    const HWND dlg = reinterpret_cast<HWND>(wParam);
-    RedrawWindow(dlg, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    painted = Clock::now();
-    PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0);
-    return 0;
-}
-
-LRESULT CALLBACK DialogHook(int code, WPARAM wParam, LPARAM lParam) {
-    const HWND window = reinterpret_cast<HWND>(wParam);
-    if (code == HCBT_CREATEWND && IsDialog(window)) created = Clock::now();
-    if (code == HCBT_ACTIVATE && IsDialog(window)) PostMessageW(watcher, kPaintAndClose, wParam, 0);
+    if (code == HCBT_CREATEWND && GetClassNameW(reinterpret_cast<HWND>(wParam), name, 32) &&
+        !lstrcmpW(name, L"#32770")) {
+        created = Clock::now();
+    }
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
 void Watch() {
-    if (watcher) return;
+    static const HHOOK hook = SetWindowsHookExW(WH_CBT, CreationHook, nullptr, GetCurrentThreadId());
+    benchmark::DoNotOptimize(hook);
     SetProductKey(L"Software\\OrvaCADBench");
-    watcher = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-    SetWindowLongPtrW(watcher, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WatchProcedure));
-    SetWindowsHookExW(WH_CBT, DialogHook, nullptr, GetCurrentThreadId());
+    PaintAndCloseDialogs();
 }
 
 INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
@@ -143,7 +118,6 @@ INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lPa
         ListView_InsertColumn(list, width, &column);
     }
     ListView_SetItemCount(list, static_cast<int>(lParam));
-    ShowWindow(dlg, SW_SHOW);
     return TRUE;
 }
 
@@ -160,9 +134,9 @@ void Show(benchmark::State& state) {
     std::vector<double> seen;
     const auto ours = [&] {
         const auto start = Clock::now();
+        WhenPainted([&](HWND) { seen.push_back(Milliseconds(Clock::now() - start)); });
         WarningReport::ShowReport(nullptr, Lng::Hpv);
         rows.push_back(Milliseconds(created - start));
-        seen.push_back(Milliseconds(painted - start));
     };
     RunPaired(state, ours, [&] { ShowBare(state.range(0)); });
     state.counters["rows_ms"] = Median(rows);

@@ -11,6 +11,7 @@ stripped=$(mktemp)
 x86_64-w64-mingw32-strip -o "$stripped" build/release/bin/occommonui.dll
 echo "occommonui.dll, stripped: $(stat -c %s "$stripped") bytes"
 rm -f "$stripped"
-for bench in ${*:-load_bench controls_bench dialog_bench report_xml_bench report_template_bench warning_report_bench updatedwgdata_bench}; do
+for bench in ${*:-load_bench controls_bench dialog_bench report_xml_bench report_template_bench warning_report_bench
+    updatedwgdata_bench updatedwgdata_dlg_bench objectselection_bench}; do
     (cd build/release/bin && ../../../tools/wine-env.sh run "$bench.exe") | tr -d '\r'
 done

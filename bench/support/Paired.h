@@ -4,7 +4,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <vector>
+
+inline double Median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
 
 /// Runs two pieces of work in turn, so that both meet the machine in the same state, and reports the medians of each in
 /// milliseconds and of the ratio of each pair.
@@ -14,11 +21,6 @@ void RunPaired(benchmark::State& state, Ours ours, Bare bare) {
         const auto start = std::chrono::steady_clock::now();
         work();
         return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    };
-    const auto median = [](std::vector<double> values) {
-        const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-        std::nth_element(values.begin(), middle, values.end());
-        return *middle;
     };
     milliseconds(bare);  // what is loaded once
     milliseconds(ours);
@@ -30,7 +32,7 @@ void RunPaired(benchmark::State& state, Ours ours, Bare bare) {
         oursTimes.push_back(milliseconds(ours));
         ratios.push_back(oursTimes.back() / bareTimes.back());
     }
-    state.counters["ours_ms"] = median(oursTimes);
-    state.counters["bare_ms"] = median(bareTimes);
-    state.counters["ratio"] = median(ratios);
+    state.counters["ours_ms"] = Median(oursTimes);
+    state.counters["bare_ms"] = Median(bareTimes);
+    state.counters["ratio"] = Median(ratios);
 }

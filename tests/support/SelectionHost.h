@@ -167,7 +167,8 @@ private:
     }
 
     std::int64_t Save(ObjectSelection::RecordData& record) {
-        if (record.key.empty()) record.key = std::string_view("K" + std::to_string(configurations.size() + 1));
+        const std::string number = std::to_string(configurations.size() + 1);
+        if (record.key.empty()) record.key = std::string_view(std::string("K").append(number));
         if (ObjectSelection::RecordData* const stored = Find(record.key)) {
             *stored = record;
         } else {

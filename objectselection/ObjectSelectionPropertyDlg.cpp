@@ -99,7 +99,7 @@ static_assert(Distinct(kTexts) && Distinct(kCommonTexts) && Distinct(kAnchors) &
 
 constexpr MenuRow kListMenu[] = {
     {IDC_OBJSELPROP_INSERT, L"\tIns"},
-    {IDC_OBJSELPROP_REMOVE                    },
+    {IDC_OBJSELPROP_REMOVE, L""     },
 };
 
 constexpr LibraryDialog::Tables kTables{L"Window/ObjectSelectionPropertyDialog", kTexts, kCommonTexts, kAnchors,

@@ -156,6 +156,11 @@ std::vector<int> TreeSearch::GetChecks() const {
 }
 
 void TreeSearch::SetChecks(const std::vector<int>& states) {
+    if (!TryShowChecks(states)) RebuildAsIs();
+}
+
+// False when so many change that the tree has to be built anew to show them.
+bool TreeSearch::TryShowChecks(const std::vector<int>& states) {
     const std::vector<int> before = GetChecks();
     checks_ = states;
     checks_.resize(items_.size(), kTreeUnchecked);
@@ -164,21 +169,27 @@ void TreeSearch::SetChecks(const std::vector<int>& states) {
     for (std::size_t row = 0; row < next_; ++row) {
         if (items_[row] && checks_[row] != before[row]) changed.push_back(row);
     }
-    if (changed.size() > kFewChecks) return RebuildAsIs();
+    if (changed.size() > kFewChecks) return false;
     const gwRedrawOff quiet(tree_);
     for (const std::size_t row : changed)
         gwTVsetCheck(tree_, items_[row], checks_[row]);
+    return true;
 }
 
 void TreeSearch::TurnCheck(HTREEITEM item) {
-    const std::size_t turned = FindRow(item);
-    if (turned == kNoRow) return;
+    SetChecks(Turned(item));
+}
+
+std::vector<int> TreeSearch::Turned(HTREEITEM item) const {
     std::vector<int> states = GetChecks();
+    const std::size_t turned = FindRow(item);
+    if (turned == kNoRow) return states;
     const int state = states[turned] == kTreeChecked ? kTreeUnchecked : kTreeChecked;
-    for (std::size_t row = turned; row < EndOf(turned); ++row) {
+    const std::size_t end = EndOf(turned);
+    for (std::size_t row = turned; row < end; ++row) {
         if (wanted_[row]) states[row] = state;
     }
-    SetChecks(states);
+    return states;
 }
 
 void TreeSearch::TurnChecks(int (*turn)(int state)) {
@@ -189,10 +200,15 @@ void TreeSearch::TurnChecks(int (*turn)(int state)) {
     SetChecks(states);
 }
 
+// A tree must not lose its items while it tells of one of them.
 bool TreeSearch::CheckFromNotify(const NMHDR* header) {
     const HTREEITEM item = header && header->hwndFrom == tree_ ? CheckedItem(header) : nullptr;
-    if (item) TurnCheck(item);
-    return item != nullptr;
+    if (!item) return false;
+    if (!TryShowChecks(Turned(item))) {
+        outdated_ = true;
+        Await(true);
+    }
+    return true;
 }
 
 // Of the rows that are shown: those that are not have the state that they had.
@@ -263,6 +279,7 @@ void TreeSearch::Show(const std::vector<bool>& wanted, const std::vector<bool>& 
 }
 
 bool TreeSearch::AreFew(const std::vector<bool>& wanted, const std::vector<bool>& open) const {
+    if (outdated_) return false;
     std::size_t kept = 0;
     std::size_t changes = 0;
     for (std::size_t row = 0; row < items_.size(); ++row) {
@@ -303,6 +320,7 @@ void TreeSearch::Rebuild(const std::vector<bool>& wanted, const std::vector<bool
     wanted_ = wanted;
     open_ = open;
     next_ = 0;
+    outdated_ = false;
     PutIn(kPiece);
 }
 
@@ -349,6 +367,7 @@ void TreeSearch::Await(bool more) {
 }
 
 void TreeSearch::Complete() {
+    if (outdated_) RebuildAsIs();
     if (next_ < items_.size()) PutIn(items_.size());
 }
 
@@ -359,6 +378,7 @@ void TreeSearch::BringIn(std::size_t row) {
 
 void TreeSearch::OnIdle() noexcept {
     try {
+        if (outdated_) return RebuildAsIs();
         PutIn(kPiece);
     } catch (...) {  // out of memory: the next input tries again
         KillTimer(tree_, reinterpret_cast<UINT_PTR>(this));

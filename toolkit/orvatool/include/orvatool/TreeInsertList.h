@@ -170,6 +170,8 @@ private:
     void Change(const std::vector<bool>& wanted);
     void Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open);
     void RebuildAsIs();
+    bool TryShowChecks(const std::vector<int>& states);
+    std::vector<int> Turned(HTREEITEM item) const;
     void PutIn(std::size_t count);
     void Complete();
     void BringIn(std::size_t row);
@@ -198,7 +200,8 @@ private:
     std::size_t next_ = 0;                                     // rows from here on are still to come
     std::vector<bool> wanted_;                                 // by row: is to be shown
     std::vector<bool> open_;                                   // by row: is to be open
-    bool awaiting_ = false;                                    // a piece is due
+    bool awaiting_ = false;                                    // a piece is due, or all of them
+    bool outdated_ = false;                                    // the tree does not show the checks
     std::vector<bool> expanded_;                               // by row: open when there was no search
     mutable std::vector<int> checks_;                          // by row, but for what the tree was told since
     std::size_t selected_ = kNoRow;                            // when there was no search

@@ -88,6 +88,7 @@ void OpenIfShort(HWND tree) {
     const gwRedrawOff quiet(tree);
     for (HTREEITEM item = TreeView_GetRoot(tree); item; item = gwTVnext(tree, item))
         TreeView_Expand(tree, item, TVE_EXPAND);
+    TreeView_SelectSetFirstVisible(tree, TreeView_GetRoot(tree));
 }
 
 int LargestChildId(HWND dlg) {

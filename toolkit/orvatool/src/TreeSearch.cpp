@@ -147,7 +147,11 @@ void TreeSearch::Expand(std::size_t row) {
     if (row >= items_.size()) return;
     expanded_[row] = true;
     if (row >= next_) open_[row] = true;
+    if (!items_[row]) return;
+    const gwRedrawOff quiet(tree_);
+    const LRESULT first = SendMessageW(tree_, TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0);
     SendMessageW(tree_, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(items_[row]));
+    SendMessageW(tree_, TVM_SELECTITEM, TVGN_FIRSTVISIBLE, first);
 }
 
 std::vector<int> TreeSearch::GetChecks() const {

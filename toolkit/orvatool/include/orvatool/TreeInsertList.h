@@ -144,7 +144,7 @@ public:
     const TREE_INSERTITEM* Row(HTREEITEM item) const;
     /// Selects and shows the first row of this value; false when none is shown.
     bool Select(std::int64_t value);
-    /// Opens the branch of a row.
+    /// Opens the branch of a row; what is seen first stays where it is.
     void Expand(std::size_t row);
 
     /// The check states of all rows (TreeCheck), shown or not.

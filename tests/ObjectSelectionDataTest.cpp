@@ -793,11 +793,16 @@ Data Large(int rooms, int rules) {
     return data;
 }
 
-/// The processor time in which a selection goes out and comes back, in milliseconds.
+/// The processor time in which a selection goes out and comes back, in milliseconds: the best of some rounds, as the
+/// machine can make it longer, not shorter.
 double TimeOf(const Data& data) {
-    const double start = ProcessorTime();
-    EXPECT_EQ(Again(data), data);
-    return ProcessorTime() - start;
+    double best = std::numeric_limits<double>::infinity();
+    for (int round = 0; round < 4; ++round) {
+        const double start = ProcessorTime();
+        EXPECT_EQ(Again(data), data);
+        best = std::min(best, ProcessorTime() - start);
+    }
+    return best;
 }
 
 TEST(ObjectSelectionSize, WritingAndReadingAreLinear) {

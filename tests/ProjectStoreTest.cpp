@@ -15,6 +15,7 @@
 
 #include "host/ProjectGenerator.h"
 #include "support/KilledChild.h"
+#include "support/ProcessorTime.h"
 #include "support/TestFolder.h"
 
 namespace ochost {
@@ -265,14 +266,14 @@ TEST_F(ProjectStoreTest, TheSameScaleGivesTheSameFile) {
 }
 
 TEST_F(ProjectStoreTest, ALargeProjectTakesAFewSeconds) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = ProcessorTime();
     auto store = OpenOrGenerateProject(path_, 34);
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    const double seconds = (ProcessorTime() - start) / 1000;
     ASSERT_TRUE(store);
     EXPECT_GE(store->Rooms()->size(), 20'000u);
     EXPECT_GE(store->PartTypes()->size(), 20'000u);
-    EXPECT_LT(seconds.count(), 10);
-    std::printf("20,400 rooms and 30,600 part types: %.2f s\n", seconds.count());
+    EXPECT_LT(seconds, 10);
+    std::printf("20,400 rooms and 30,600 part types: %.2f s\n", seconds);
 }
 
 TEST_F(ProjectStoreTest, AnExistingFileIsOpenedAndNeverReplaced) {

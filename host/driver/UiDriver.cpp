@@ -8,7 +8,7 @@ namespace uidriver {
 namespace {
 
 constexpr UINT kTickMs = 10;
-constexpr ULONGLONG kPatienceMs = 5000;
+constexpr ULONGLONG kPatienceMs = 20'000;
 
 bool IsDialog(HWND window) {
     wchar_t name[16] = L"";

@@ -32,14 +32,14 @@ public:
 
     /// Adds a step. An exception that leaves a step fails the script.
     Script& Then(std::function<void()> step);
-    /// Adds a wait until `condition` holds; fails the script, with `what`, when it does not within five seconds.
+    /// Adds a wait until `condition` holds; fails the script, with `what`, when it does not within twenty seconds.
     Script& WaitFor(std::string what, std::function<bool()> condition);
     /// Waits until a dialog of this thread is on top that was not open before the preceding step (for the first step:
     /// before Start), then calls `step` with it. The dialog's controls have been filled and painted.
     Script& WithNewDialog(std::function<void(HWND)> step);
 
     /// Starts the timer. Call just before opening the dialog. When the script fails, every dialog opened since then is
-    /// cancelled so that the opening call returns. So is a dialog still open five seconds after the last step.
+    /// cancelled so that the opening call returns. So is a dialog still open twenty seconds after the last step.
     void Start();
     /// Handles messages until the steps have run or failed: for what goes on after the opening call has returned.
     void RunToEnd() const;

@@ -307,8 +307,13 @@ void CheckHeading(benchmark::State& state) {
         const auto click = [&] {
             const int before = gwTVgetCheck(tree, FirstBelow(tree));
             uidriver::ClickTreeItem(tree, TreeView_GetRoot(tree), true);
-            HandleMessages(dlg, 0);
-            Check(gwTVgetCheck(tree, FirstBelow(tree)) != before, "The rooms are not checked");
+            const auto isShown = [&] { return gwTVgetCheck(tree, FirstBelow(tree)) != before; };
+            constexpr ULONGLONG kPatienceMs = 5000;
+            const ULONGLONG start = GetTickCount64();
+            do
+                HandleMessages(dlg, 0);
+            while (!isShown() && GetTickCount64() - start < kPatienceMs);
+            Check(isShown(), "The rooms are not checked");
         };
         const auto turn = [&] {
             TurnChecksBare(bareTree);

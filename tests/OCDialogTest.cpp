@@ -15,6 +15,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <random>
@@ -23,7 +24,9 @@
 #include <vector>
 
 #include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 #include "support/PatchImport.h"
+#include "support/Pump.h"
 
 namespace {
 
@@ -32,6 +35,8 @@ constexpr UINT kAcadKeepFocus = 0x6D01;
 constexpr UINT kOwnMessage = WM_USER + 9;
 
 using Log = std::vector<std::string>;
+
+const Log kWholeLife{"OnInitDialog", "SetLanguage", "SetAnchoring", "SetPosition", "SavePosition", "OnDestroy"};
 
 HINSTANCE TestModule() {
     return GetModuleHandleW(nullptr);
@@ -98,12 +103,10 @@ public:
     std::ptrdiff_t Count(const std::string& name) const { return std::count(log.begin(), log.end(), name); }
     /// The calls of a dialog's life, without what happens in between.
     Log Life() const {
-        static const Log kLife{"OnInitDialog", "SetLanguage",  "SetAnchoring",
-                               "SetPosition",  "SavePosition", "OnDestroy"};
         Log life;
-        for (const std::string& name : log) {
-            if (std::find(kLife.begin(), kLife.end(), name) != kLife.end()) life.push_back(name);
-        }
+        std::copy_if(log.begin(), log.end(), std::back_inserter(life), [](const std::string& name) {
+            return std::find(kWholeLife.begin(), kWholeLife.end(), name) != kWholeLife.end();
+        });
         return life;
     }
 
@@ -133,37 +136,19 @@ private:
     }
 };
 
-const Log kWholeLife{"OnInitDialog", "SetLanguage", "SetAnchoring", "SetPosition", "SavePosition", "OnDestroy"};
-
 /// A host's top-level window with a child.
 class HostWindow {
 public:
-    HostWindow()
-        : top(CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50, 400, 300, nullptr,
-                              nullptr, nullptr, nullptr)),
-          child(
-              CreateWindowExW(0, L"Edit", L"", WS_CHILD | WS_VISIBLE, 5, 5, 100, 20, top, nullptr, nullptr, nullptr)) {
-        SetActiveWindow(top);
-    }
-    ~HostWindow() {
-        if (IsWindow(top)) DestroyWindow(top);
-    }
+    HostWindow() { SetActiveWindow(top); }
+    ~HostWindow() { DestroyWindow(top); }
     HostWindow(const HostWindow&) = delete;
     HostWindow& operator=(const HostWindow&) = delete;
 
-    HWND top;
-    HWND child;
+    const HWND top = CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50, 400, 300, nullptr,
+                                     nullptr, nullptr, nullptr);
+    const HWND child =
+        CreateWindowExW(0, L"Edit", L"", WS_CHILD | WS_VISIBLE, 5, 5, 100, 20, top, nullptr, nullptr, nullptr);
 };
-
-/// The host's message loop, until nothing is left; `asks` when the host calls IsDialogMessage for its dialog itself.
-void Pump(HWND asks = nullptr) {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (asks && IsDialogMessageW(asks, &message)) continue;
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
 
 RECT PlaceOf(const OCDialog& dlg, int id) {
     RECT rect{};
@@ -214,13 +199,15 @@ inline void PrintTo(const SIZE& s, std::ostream* out) {
 
 namespace {
 
-template <class Method>
-std::ptrdiff_t Slot(Method method) {
+/// The entries of the virtual table that operations take.
+template <class... Operations>
+std::vector<std::ptrdiff_t> SlotsOf(Operations... operations) {
     struct Representation {
         std::ptrdiff_t offset;  // of the table entry, plus one
         std::ptrdiff_t adjustment;
     };
-    return (std::bit_cast<Representation>(method).offset - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+    constexpr std::ptrdiff_t kEntry = sizeof(void*);
+    return {(std::bit_cast<Representation>(operations).offset - 1) / kEntry...};
 }
 
 }  // namespace
@@ -228,56 +215,17 @@ std::ptrdiff_t Slot(Method method) {
 TEST(OCDialog, VirtualOperationsKeepTheirSlots) {
     using D = OCDialog;
     using U = unsigned int;
-    const std::vector<std::ptrdiff_t> slots{
-        Slot<int (D::*)(U)>(&D::StartModal),
-        Slot<int (D::*)(const wchar_t*)>(&D::StartModal),
-        Slot<HWND (D::*)(U, HWND)>(&D::Create),
-        Slot<HWND (D::*)(const wchar_t*, HWND)>(&D::Create),
-        Slot(&D::SetAnchoring),
-        Slot(&D::endDialog),
-        Slot(&D::OnSize),
-        Slot(&D::OnSizing),
-        Slot(&D::OnMove),
-        Slot(&D::OnExitSizeMove),
-        Slot(&D::OnHScroll),
-        Slot(&D::OnVScroll),
-        Slot(&D::OnMouseWheel),
-        Slot(&D::OnMouseMove),
-        Slot(&D::OnDrawItem),
-        Slot(&D::OnGetMinMaxInfo),
-        Slot(&D::OnSysCommand),
-        Slot(&D::OnMeasureItem),
-        Slot(&D::OnCommand),
-        Slot(&D::OnNotify),
-        Slot(&D::OnLButtonDown),
-        Slot(&D::OnLButtonUp),
-        Slot(&D::OnLButtonDblClk),
-        Slot(&D::OnAcadKeepFocus),
-        Slot(&D::OnUserMessage),
-        Slot(&D::OnAppMessage),
-        Slot(&D::OnInitDialog),
-        Slot(&D::OnClose),
-        Slot(&D::OnDestroy),
-        Slot(&D::OnContextMenu),
-        Slot(&D::OnColorEdit),
-        Slot(&D::OnColorStatic),
-        Slot(&D::OnTimer),
-        Slot(&D::OnWindowPosChanging),
-        Slot(&D::OnMenuSelect),
-        Slot<bool (D::*)(int)>(&D::OnKeyDown),
-        Slot<bool (D::*)(U, U, U)>(&D::OnKeyDown),
-        Slot(&D::OnEnterPressed),
-        Slot(&D::OnOk),
-        Slot(&D::OnCancel),
-        Slot(&D::SetLanguage),
-        Slot(&D::SetKeys),
-        Slot(&D::SetPosition),
-        Slot(&D::SavePosition),
-        Slot(&D::GetPositionRegistryKey),
-        Slot(&D::CreateMenuBar),
-        Slot(&D::SetDataToCtrls),
-        Slot(&D::GetDataFromCtrls),
-    };
+    const auto slots = SlotsOf(
+        static_cast<int (D::*)(U)>(&D::StartModal), static_cast<int (D::*)(const wchar_t*)>(&D::StartModal),
+        static_cast<HWND (D::*)(U, HWND)>(&D::Create), static_cast<HWND (D::*)(const wchar_t*, HWND)>(&D::Create),
+        &D::SetAnchoring, &D::endDialog, &D::OnSize, &D::OnSizing, &D::OnMove, &D::OnExitSizeMove, &D::OnHScroll,
+        &D::OnVScroll, &D::OnMouseWheel, &D::OnMouseMove, &D::OnDrawItem, &D::OnGetMinMaxInfo, &D::OnSysCommand,
+        &D::OnMeasureItem, &D::OnCommand, &D::OnNotify, &D::OnLButtonDown, &D::OnLButtonUp, &D::OnLButtonDblClk,
+        &D::OnAcadKeepFocus, &D::OnUserMessage, &D::OnAppMessage, &D::OnInitDialog, &D::OnClose, &D::OnDestroy,
+        &D::OnContextMenu, &D::OnColorEdit, &D::OnColorStatic, &D::OnTimer, &D::OnWindowPosChanging, &D::OnMenuSelect,
+        static_cast<bool (D::*)(int)>(&D::OnKeyDown), static_cast<bool (D::*)(U, U, U)>(&D::OnKeyDown),
+        &D::OnEnterPressed, &D::OnOk, &D::OnCancel, &D::SetLanguage, &D::SetKeys, &D::SetPosition, &D::SavePosition,
+        &D::GetPositionRegistryKey, &D::CreateMenuBar, &D::SetDataToCtrls, &D::GetDataFromCtrls);
     // The destructor takes the first two: complete and deleting.
     for (std::size_t i = 0; i < slots.size(); ++i)
         EXPECT_EQ(slots[i], static_cast<std::ptrdiff_t>(i) + 2) << i;
@@ -365,11 +313,8 @@ TEST(OCDialog, ObjectsRunAgainAndDestructorsClose) {
     EXPECT_EQ(dlg->Run(), 99);
     const HWND window = dlg->Create(L"BASICDLG", nullptr);
     ASSERT_TRUE(IsWindow(window));
-    Log calls;
-    dlg->at["OnDestroy"] = [&] { calls.emplace_back("OnDestroy"); };
     dlg.reset();
     EXPECT_FALSE(IsWindow(window));
-    EXPECT_TRUE(calls.empty()) << "no virtual calls from the destructor";
 }
 
 TEST(OCDialog, SelfDeletingDialogLeavesNoWindow) {
@@ -393,9 +338,6 @@ TEST(OCDialog, SelfDeletingDialogLeavesNoWindow) {
 }
 
 TEST(OCDialog, BadInputFails) {
-    HostWindow gone;
-    const HWND dead = gone.top;
-    DestroyWindow(dead);
     const auto fails = [](HWND parent, HINSTANCE instance, const wchar_t* name) {
         LoggedDialog dlg(parent, instance);
         EXPECT_EQ(dlg.StartModal(name), OCDialog::kFailed);
@@ -405,7 +347,7 @@ TEST(OCDialog, BadInputFails) {
     fails(nullptr, TestModule(), L"NOSUCHDLG");
     fails(nullptr, TestModule(), nullptr);
     fails(nullptr, nullptr, L"BASICDLG");
-    fails(dead, TestModule(), L"BASICDLG");
+    fails(GoneWindow(), TestModule(), L"BASICDLG");
     LoggedDialog byNumber;
     EXPECT_EQ(byNumber.StartModal(4711u), OCDialog::kFailed);
 
@@ -479,7 +421,7 @@ TEST(OCDialog, NestedDialogsGiveBackTheirOwners) {
 
 // ---------------------------------------------------------------------------------------------------------- Exceptions
 
-class OCDialogThrows : public testing::TestWithParam<const char*> {
+class OCDialogThrows : public testing::TestWithParam<std::string> {
 protected:
     static void Provoke(LoggedDialog& dlg) {
         DRAWITEMSTRUCT draw{};
@@ -491,9 +433,7 @@ protected:
         SendMessageW(dlg, kOwnMessage, 0, 0);
         SendMessageW(dlg, WM_APP + 50, 0, 0);
         SendMessageW(dlg, WM_SIZE, SIZE_RESTORED, MAKELPARAM(300, 300));
-        if (std::string(GetParam()) == "OnClose" || std::string(GetParam()) == "OnCancel") {
-            SendMessageW(dlg, WM_CLOSE, 0, 0);
-        }
+        if (GetParam() == "OnClose" || GetParam() == "OnCancel") SendMessageW(dlg, WM_CLOSE, 0, 0);
         for (const WPARAM key : {WPARAM{VK_F2}, WPARAM{VK_RETURN}}) {
             MSG message{dlg.GetDlgItem(IDC_BASIC_FIRST), WM_KEYDOWN, key, 1, 0, {}};
             if (message.hwnd) IsDialogMessageW(dlg, &message);
@@ -503,8 +443,7 @@ protected:
         const auto thrown = std::find(dlg.log.begin(), dlg.log.end(), GetParam());
         ASSERT_NE(thrown, dlg.log.end()) << "never called";
         const Log after(thrown + 1, dlg.log.end());
-        const bool inDestroy = std::strcmp(GetParam(), "OnDestroy") == 0;
-        EXPECT_EQ(after, inDestroy ? Log{} : Log{"OnDestroy"});
+        EXPECT_EQ(after, GetParam() == "OnDestroy" ? Log{} : Log{"OnDestroy"});
         EXPECT_EQ(dlg.hWnd(), nullptr);
     }
 };
@@ -533,7 +472,7 @@ INSTANTIATE_TEST_SUITE_P(Overrides, OCDialogThrows,
                                          "OnOk", "OnDrawItem", "OnSize", "OnTimer", "OnUserMessage", "OnAppMessage",
                                          "OnKeyDown", "OnEnterPressed", "OnClose", "OnCancel", "SavePosition",
                                          "OnDestroy"),
-                         [](const auto& test) { return std::string(test.param); });
+                         [](const auto& test) { return test.param; });
 
 // ------------------------------------------------------------------------------------------------------------ Keyboard
 
@@ -578,26 +517,18 @@ TEST_P(OCDialogModeless, KeysWorkOnceInTheHostsLoop) {
     EXPECT_EQ(dlg_.Life(), kWholeLife);
 }
 
-TEST_P(OCDialogModeless, EscCancels) {
-    Press(VK_ESCAPE);
-    EXPECT_EQ(dlg_.Count("OnCancel"), 1);
-    EXPECT_EQ(dlg_.Life(), kWholeLife);
-}
-
-TEST_P(OCDialogModeless, KeysOfTheHostStayWithTheHost) {
+TEST_P(OCDialogModeless, EscCancelsButKeysOfTheHostStayWithTheHost) {
     ::SetFocus(host_.child);
     PostMessageW(host_.child, WM_KEYDOWN, VK_ESCAPE, 1);
     PostMessageW(host_.child, WM_CHAR, 'x', 1);
     Run();
     EXPECT_EQ(dlg_.Count("OnCancel"), 0);
     EXPECT_EQ(uidriver::Text(host_.child), L"x");
-}
 
-TEST_P(OCDialogModeless, AnswersTheCadHostAboutTheKeyboard) {
-    EXPECT_EQ(SendMessageW(dlg_, kAcadKeepFocus, 0, 0), TRUE);
-    dlg_.keepFocus = false;
-    EXPECT_EQ(SendMessageW(dlg_, kAcadKeepFocus, 0, 0), FALSE);
-    EXPECT_EQ(dlg_.Count("OnUserMessage"), 0);
+    dlg_.SetFocus(IDC_BASIC_FIRST);
+    Press(VK_ESCAPE);
+    EXPECT_EQ(dlg_.Count("OnCancel"), 1);
+    EXPECT_EQ(dlg_.Life(), kWholeLife);
 }
 
 INSTANTIATE_TEST_SUITE_P(HostLoop, OCDialogModeless, testing::Bool(),
@@ -656,17 +587,15 @@ TEST(OCDialog, KeysOfAnEmbeddedPageGoOutwards) {
                 page.Press(key);
             };
         };
+        const std::deque<std::function<void()>> steps{open, press(VK_F2), press(VK_RETURN)};
         if (modal) {
-            outer.steps = {open, press(VK_F2), press(VK_RETURN)};
+            outer.steps = steps;
             EXPECT_EQ(outer.Run(), 1);
         } else {
             ASSERT_TRUE(outer.Create(L"BASICDLG", nullptr));
             outer.ShowWindow(SW_SHOW);
-            for (const auto& step : {std::function<void()>(open), std::function<void()>(press(VK_F2)),
-                                     std::function<void()>(press(VK_RETURN))}) {
-                step();
-                Pump();
-            }
+            for (const auto& step : steps)
+                step(), Pump();
         }
         EXPECT_EQ(page.Count("OnKeyDown"), 1);
         EXPECT_EQ(outer.Count("OnKeyDown"), 1) << "the page did not want it";
@@ -698,6 +627,11 @@ TEST(OCDialog, MessagesReachTheirOperationsAndAnswer) {
     EXPECT_TRUE(dlg.log.empty()) << "registered messages belong to nobody";
     EXPECT_EQ(send(kOwnMessage, 1), 100) << "an answer survives other messages handled meanwhile";
     EXPECT_EQ(dlg.log.size(), 3u);
+    for (const bool keep : {true, false}) {
+        dlg.keepFocus = keep;
+        EXPECT_EQ(send(kAcadKeepFocus), keep);
+        EXPECT_EQ(dlg.log, Log{"OnAcadKeepFocus"}) << "asked by the CAD host about the keyboard";
+    }
 
     const auto edit = reinterpret_cast<LPARAM>(dlg.GetDlgItem(IDC_BASIC_FIRST));
     HDC dc = GetDC(dlg);
@@ -928,6 +862,27 @@ TEST(OCDialog, TemplateSizeIsTheMinimum) {
     dlg.SetResize(false, true);
     Grow(dlg, 40, 30);
     EXPECT_EQ(SizeOf(dlg), (SIZE{size.cx, size.cy + 60})) << "the width is fixed";
+}
+
+TEST(OCDialog, NoneIsLargerThanItsMonitor) {
+    ResizableDialog dlg;
+    ASSERT_TRUE(dlg.Create(L"LARGEDLG", nullptr));
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    ASSERT_TRUE(GetMonitorInfoW(MonitorFromWindow(dlg, MONITOR_DEFAULTTONEAREST), &monitor));
+    const auto reachable = [&](HWND window) {
+        RECT rect{};
+        RECT common{};
+        GetWindowRect(window, &rect);
+        return IntersectRect(&common, &rect, &monitor.rcWork) && EqualRect(&common, &rect);
+    };
+    EXPECT_TRUE(reachable(dlg));
+    EXPECT_TRUE(reachable(dlg.GetDlgItem(IDOK)));
+    Resize(dlg, {50, 50});
+    EXPECT_TRUE(reachable(dlg.GetDlgItem(IDOK))) << "no smaller than it need be";
+    dlg.SetResize(false, true);
+    Grow(dlg, 0, -10);
+    EXPECT_GT(SizeOf(dlg).cx, monitor.rcWork.right) << "the width is fixed";
 }
 
 TEST(OCDialog, CornerIsASizeGripUnderNoButton) {

@@ -15,12 +15,13 @@ export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d"
 display() {
     if [ -n "$OC_DISPLAY" ]; then echo "$OC_DISPLAY"; else echo ":$(cat "$B/xvfb.display" 2>/dev/null || echo 99)"; fi
 }
+desktop_size=2560x2048 # room for every dialog at 192 DPI
 quietly() { "$@" >/dev/null 2>&1 </dev/null; }
 
 start_x() {
     kill -0 "$(cat "$B/xvfb.pid" 2>/dev/null)" 2>/dev/null && return 0
     rm -f "$B/xvfb.display"
-    Xvfb -displayfd 3 -screen 0 1400x1100x24 -nolisten tcp 3>"$B/xvfb.display" >/dev/null 2>&1 </dev/null &
+    Xvfb -displayfd 3 -screen 0 ${desktop_size}x24 -nolisten tcp 3>"$B/xvfb.display" >/dev/null 2>&1 </dev/null &
     echo $! >"$B/xvfb.pid"
     until [ -s "$B/xvfb.display" ]; do sleep 0.1; done
 }
@@ -44,7 +45,7 @@ Windows Registry Editor Version 5.00
 [HKEY_CURRENT_USER\\Software\\Wine\\Explorer]
 "Desktop"=$desktop
 [HKEY_CURRENT_USER\\Software\\Wine\\Explorer\\Desktops]
-"oc"="1280x1024"
+"oc"="$desktop_size"
 [HKEY_CURRENT_USER\\Software\\Wine\\WineDbg]
 "ShowCrashDialog"=dword:00000000
 [HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]
@@ -52,7 +53,7 @@ Windows Registry Editor Version 5.00
 [HKEY_CURRENT_USER\\Control Panel\\Desktop]
 "LogPixels"=dword:$(printf %08x "$1")
 REG
-    wanted="$1 $desktop"
+    wanted="$1 $desktop $desktop_size"
     [ "$(cat "$WINEPREFIX/.session" 2>/dev/null)" = "$wanted" ] && return 0
     quietly wine regedit /S "Z:$B/session.reg"
     quietly wineserver -k || true
@@ -68,7 +69,7 @@ up)
     make_prefix
     configure "${2:-96}"
     # The desktop process keeps the server warm; it must hold no pipe of ours, or a reader of the pipe waits for it.
-    [ -n "$OC_DISPLAY" ] || wine explorer /desktop=oc,1280x1024 >/dev/null 2>&1 </dev/null &
+    [ -n "$OC_DISPLAY" ] || wine explorer "/desktop=oc,$desktop_size" >/dev/null 2>&1 </dev/null &
     until quietly wine cmd /c exit 0; do sleep 0.2; done
     ;;
 run)

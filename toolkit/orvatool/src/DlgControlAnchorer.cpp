@@ -1,6 +1,7 @@
 #include <orvatool/DlgControlAnchorer.h>
 
 #include "DialogChildren.h"
+#include "Places.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,9 +25,7 @@ RECT ScaleTo(const RECT& rect, unsigned from, unsigned to) {
             ScaleTo(rect.bottom, from, to)};
 }
 
-SIZE SizeOf(const RECT& rect) {
-    return {rect.right - rect.left, rect.bottom - rect.top};
-}
+using win32::SizeOf;
 
 bool SameSize(const RECT& a, const RECT& b) {
     return a.right - a.left == b.right - b.left && a.bottom - a.top == b.bottom - b.top;
@@ -129,12 +128,13 @@ void MoveAll(HWND dlg, std::vector<Move> moves) {
 
 }  // namespace
 
-void DlgControlAnchorer::Attach(HWND dlg, unsigned dpi) {
-    RECT window{};
-    GetWindowRect(dlg, &window);
+void DlgControlAnchorer::Attach(HWND dlg, unsigned dpi, SIZE leastClient) {
+    const SIZE window = SizeOf(win32::RectOf(dlg));
+    const SIZE client = ClientSize(dlg);
     dlg_ = dlg;
-    startWindow_ = SizeOf(window);
-    startClient_ = laidOut_ = ClientSize(dlg);
+    startClient_ = {std::max(client.cx, leastClient.cx), std::max(client.cy, leastClient.cy)};
+    startWindow_ = {window.cx + startClient_.cx - client.cx, window.cy + startClient_.cy - client.cy};
+    laidOut_ = startClient_;
     startDpi_ = dpi_ = dpi ? dpi : USER_DEFAULT_SCREEN_DPI;
     anchored_.clear();
     loose_.clear();

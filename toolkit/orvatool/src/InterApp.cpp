@@ -3,11 +3,11 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cwchar>
 #include <string>
 
+#include "Places.h"
 #include "Registry.h"
 #include "Win32.h"
 
@@ -61,22 +61,10 @@ struct Place {
     }
 };
 
-MONITORINFO InfoOf(HMONITOR monitor) {
-    MONITORINFO info{};
-    info.cbSize = sizeof info;
-    GetMonitorInfoW(monitor, &info);
-    return info;
-}
-
-SIZE SizeOf(const RECT& rect) {
-    return {rect.right - rect.left, rect.bottom - rect.top};
-}
-
-RECT RectOf(HWND window) {
-    RECT rect{};
-    GetWindowRect(window, &rect);
-    return rect;
-}
+using win32::InfoOf;
+using win32::RectOf;
+using win32::SizeOf;
+using win32::Within;
 
 // The window's rectangle when it is neither maximized nor minimized.
 RECT NormalRect(HWND window) {
@@ -106,12 +94,6 @@ void Resize(HWND window, SIZE size) {
     SetWindowPos(window, nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// The corner nearest to `wanted` at which `size` lies within `area`; too large a size keeps its caption in view.
-POINT Within(const RECT& area, POINT wanted, SIZE size) {
-    return {std::max(std::min(wanted.x, area.right - size.cx), area.left),
-            std::max(std::min(wanted.y, area.bottom - size.cy), area.top)};
-}
-
 void Restore(HWND window, const StoredPosition& stored) {
     const RECT rect = stored.Rect();
     const HMONITOR monitor = MonitorFromRect(&rect, MONITOR_DEFAULTTONEAREST);
@@ -124,8 +106,7 @@ void Restore(HWND window, const StoredPosition& stored) {
         const SIZE size = SizeOf(rect);
         const int dpi = static_cast<int>(win32::DpiOf(window));
         const int storedDpi = static_cast<int>(stored.dpi);
-        Resize(window, {std::min<LONG>(MulDiv(size.cx, dpi, storedDpi), area.right - area.left),
-                        std::min<LONG>(MulDiv(size.cy, dpi, storedDpi), area.bottom - area.top)});
+        Resize(window, Within(area, SIZE{MulDiv(size.cx, dpi, storedDpi), MulDiv(size.cy, dpi, storedDpi)}));
     }
     MoveTo(window, Within(area, {rect.left, rect.top}, SizeOf(RectOf(window))));
     if (stored.showState == SW_SHOWMAXIMIZED && (style & WS_MAXIMIZEBOX)) ShowWindow(window, SW_SHOWMAXIMIZED);

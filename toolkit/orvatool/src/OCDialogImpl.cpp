@@ -2,6 +2,7 @@
 
 #include "DialogChildren.h"
 #include "Mnemonics.h"
+#include "Places.h"
 #include "Win32.h"
 
 #include <uxtheme.h>
@@ -101,7 +102,8 @@ void AddStyle(HWND window, int index, LONG_PTR style) {
     SetWindowLongPtrW(window, index, GetWindowLongPtrW(window, index) | style);
 }
 
-// The dialog does not paint under its controls. A group box does not paint its inside, so it is left out of that.
+// From now on the dialog does not paint under its controls. A group box does not paint its inside, so it is left out of
+// that.
 void AvoidFlicker(HWND window) {
     AddStyle(window, GWL_STYLE, WS_CLIPCHILDREN);
     for (const HWND control : ChildrenOf(window)) {
@@ -121,6 +123,29 @@ void ScaleColumns(HWND window, unsigned from, unsigned to) {
                          MulDiv(width, static_cast<int>(to), static_cast<int>(from)));
         }
     }
+}
+
+// The client area of a dialog as its template gives it, in dialog units.
+SIZE SizeInTemplate(HINSTANCE instance, const wchar_t* resource) {
+    // Both forms of a template begin with a header of fixed length; in the longer the style is not the first field.
+    struct Extended {
+        WORD version, signature;
+        DWORD helpId, exStyle, style;
+        WORD items;
+        short x, y, cx, cy;
+    };
+    const HRSRC found = FindResourceW(instance, resource, RT_DIALOG);
+    const HGLOBAL loaded = found ? LoadResource(instance, found) : nullptr;
+    if (!loaded || SizeofResource(instance, found) < sizeof(Extended)) return {};
+    const auto& extended = *static_cast<const Extended*>(LockResource(loaded));
+    if (extended.signature == 0xFFFF) return {extended.cx, extended.cy};
+    const auto& plain = *static_cast<const DLGTEMPLATE*>(LockResource(loaded));
+    return {plain.cx, plain.cy};
+}
+
+// Of the monitor that has most of the window.
+RECT WorkArea(HWND window) {
+    return win32::InfoOf(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST)).rcWork;
 }
 
 RECT ClientRect(HWND window) {
@@ -178,6 +203,7 @@ bool OCDialog::Impl::Begin(const wchar_t* resource, bool modal) {
     if (run_.creating || window_ || !resource || !instance_ || (parent_ && !IsWindow(parent_))) return false;
     run_ = {};
     run_.modal = modal;
+    run_.templateSize = SizeInTemplate(instance_, resource);
     return true;
 }
 
@@ -211,7 +237,10 @@ void OCDialog::Impl::SetResize(bool horizontal, bool vertical) {
 
 void OCDialog::Impl::LimitSize(MINMAXINFO& info) const {
     if (!window_ || !(GetWindowLongW(window_, GWL_STYLE) & WS_THICKFRAME)) return;
-    const SIZE least = anchorer_.MinimumWindowSize();
+    SIZE least = anchorer_.MinimumWindowSize();
+    const SIZE room = win32::Within(WorkArea(window_), least);
+    if (horizontal_) least.cx = room.cx;
+    if (vertical_) least.cy = room.cy;
     info.ptMinTrackSize = {least.cx, least.cy};
     if (!horizontal_) info.ptMaxTrackSize.x = info.ptMaxSize.x = least.cx;
     if (!vertical_) info.ptMaxTrackSize.y = info.ptMaxSize.y = least.cy;
@@ -228,7 +257,7 @@ void OCDialog::Impl::CreateMenuBar() {
     SetWindowPos(window_, nullptr, 0, 0, window.right - window.left,
                  window.bottom - window.top + height - ClientRect(window_).bottom,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    anchorer_.Attach(window_, dpi_);
+    AttachAnchorer();
 }
 
 void OCDialog::Impl::LeaveControl(HWND control) {
@@ -291,6 +320,7 @@ INT_PTR OCDialog::Impl::Dispatch(UINT message, WPARAM wParam, LPARAM lParam) {
             return TRUE;
         case WM_PAINT:
             PaintGrip();
+            Painted();
             return TRUE;
         case WM_NCHITTEST:
             return HitTest(lParam);
@@ -340,15 +370,32 @@ INT_PTR OCDialog::Impl::Initialize() {
         run_.ready = true;
         owner_->SetPosition();
     }
+    if (Alive() && IsResizable()) FitMonitor();
     return systemFocus;
 }
 
 void OCDialog::Impl::Prepare() {
     dpi_ = win32::DpiOf(window_);
     DisableSystemScaling(window_);
-    anchorer_.Attach(window_, dpi_);
-    if (GetWindowLongW(window_, GWL_STYLE) & WS_THICKFRAME) AvoidFlicker(window_);
+    AttachAnchorer();
     hook_.emplace(window_, !run_.modal, *this);
+}
+
+// The system has cut a window that is larger than the screen, but its controls are where the template has them.
+void OCDialog::Impl::AttachAnchorer() {
+    RECT size{0, 0, run_.templateSize.cx, run_.templateSize.cy};
+    MapDialogRect(window_, &size);
+    anchorer_.Attach(window_, dpi_, {size.right, size.bottom});
+}
+
+// On a small screen what lies beyond its edge, such as OK, could not be reached.
+void OCDialog::Impl::FitMonitor() {
+    const RECT area = WorkArea(window_);
+    const RECT now = win32::RectOf(window_);
+    const SIZE size = win32::Within(area, win32::SizeOf(now));
+    if (size.cx == now.right - now.left && size.cy == now.bottom - now.top) return;
+    const POINT corner = win32::Within(area, {now.left, now.top}, size);
+    SetWindowPos(window_, nullptr, corner.x, corner.y, size.cx, size.cy, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void OCDialog::Impl::Destroying() {
@@ -429,6 +476,12 @@ void OCDialog::Impl::PaintGrip() {
         }
     }
     EndPaint(window_, &paint);
+}
+
+// At first to paint all is faster than to spare the controls, and nothing flickers yet.
+void OCDialog::Impl::Painted() {
+    const bool isFirst = !std::exchange(run_.painted, true);
+    if (isFirst && (GetWindowLongW(window_, GWL_STYLE) & WS_THICKFRAME)) AvoidFlicker(window_);
 }
 
 INT_PTR OCDialog::Impl::HitTest(LPARAM screenPoint) {

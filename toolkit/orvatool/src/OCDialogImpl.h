@@ -46,10 +46,12 @@ private:
     /// What is true of one run of the dialog, from its creation to its end.
     struct Run {
         bool modal = false;
+        SIZE templateSize{};  ///< in dialog units
         int result = kFailed;
         bool creating = false;      ///< the system's creating call has not returned
         bool initializing = false;  ///< OnInitDialog has been called, so OnDestroy will be
         bool ready = false;         ///< SetPosition has been called, so SavePosition will be
+        bool painted = false;
         bool ended = false;
         bool failed = false;
         bool destroying = false;
@@ -66,6 +68,8 @@ private:
     bool Accepts(UINT message) const;
     INT_PTR Initialize();
     void Prepare();
+    void AttachAnchorer();
+    void FitMonitor();
     void Destroying();
     void Fail() noexcept;
     void ChangeDpi(unsigned dpi, const RECT* suggested);
@@ -74,6 +78,7 @@ private:
     RECT GripRect() const;
     void RefreshGrip();
     void PaintGrip();
+    void Painted();
     INT_PTR HitTest(LPARAM screenPoint);
 
     HINSTANCE instance_;

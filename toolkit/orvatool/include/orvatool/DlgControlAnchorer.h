@@ -19,8 +19,9 @@ struct CtrlAnchor {
 /// number of resizes makes a control drift, and is carried out in one deferred pass.
 class ORVATOOL_API DlgControlAnchorer {
 public:
-    /// Takes the dialog's present size as the start, laid out for `dpi`, and forgets all anchors.
-    void Attach(HWND dlg, unsigned dpi);
+    /// Takes the dialog's present size as the start, laid out for `dpi`, and forgets all anchors. Where the client area
+    /// is smaller than `leastClient`, the controls are taken to be laid out for that.
+    void Attach(HWND dlg, unsigned dpi, SIZE leastClient = {});
 
     /// Adds a control or replaces its anchor. The control's present rectangle is taken as its place at the size for
     /// which the dialog was last laid out (at first its start size). False when the dialog has no such control.

@@ -13,7 +13,8 @@
 #include "TreeRows.h"
 
 struct TreeSearch::Matches {
-    std::vector<bool> wanted;  // rows that match, and the rows above them
+    std::vector<bool> found;   // rows that match
+    std::vector<bool> wanted;  // and the rows above them
     std::vector<bool> open;    // rows above one that holds a word itself
     std::size_t opening = 0;   // how many rows ask for their branch to be open
     std::size_t first = kNoRow;
@@ -27,6 +28,8 @@ constexpr std::size_t kMaxOpening = 1000;
 constexpr std::size_t kFewOf = 16;
 // Rows that are put in at a time; some 10 ms.
 constexpr std::size_t kPiece = 2000;
+// After as many have been taken out, which takes longer, there is time for what can be seen only.
+constexpr std::size_t kShortPiece = 400;
 // To change the checks of more rows takes longer than to build the tree anew.
 constexpr std::size_t kFewChecks = 1000;
 // To open or close a branch costs a tree as much as to take out or put in so many rows.
@@ -123,7 +126,7 @@ void TreeSearch::Filter(const ustr& text) {
         filtered_ = true;
     }
     Show(matches.wanted, matches.opening > kMaxOpening ? expanded_ : matches.open);
-    const bool stays = selected != kNoRow && matches.wanted[selected];
+    const bool stays = selected != kNoRow && matches.found[selected];
     if (!stays) firstMatch_ = matches.first;
     SelectRow(stays ? selected : matches.first);
 }
@@ -246,6 +249,7 @@ TreeSearch::Matches TreeSearch::Find(const ustr& text) const {
         holds[row] = matches.wanted[row] && own != 0;
         if (matches.wanted[row] && matches.first == kNoRow) matches.first = row;
     }
+    matches.found = matches.wanted;
     matches.open.assign(count, false);
     for (std::size_t row = count; row-- > 0;) {
         const std::size_t parent = parents_[row];
@@ -318,6 +322,8 @@ void TreeSearch::Change(const std::vector<bool>& wanted) {
 
 void TreeSearch::Rebuild(const std::vector<bool>& wanted, const std::vector<bool>& open) {
     const gwRedrawOff quiet(tree_);
+    const std::size_t taken =
+        items_.size() - static_cast<std::size_t>(std::count(items_.begin(), items_.end(), nullptr));
     SendMessageW(tree_, TVM_SELECTITEM, TVGN_CARET, 0);
     SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT));
     items_.assign(items_.size(), nullptr);
@@ -325,7 +331,7 @@ void TreeSearch::Rebuild(const std::vector<bool>& wanted, const std::vector<bool
     open_ = open;
     next_ = 0;
     outdated_ = false;
-    PutIn(kPiece);
+    PutIn(taken > kPiece ? kShortPiece : kPiece);
 }
 
 // The user sees the same as before.

@@ -159,20 +159,10 @@ bool CustomPropertyDlg::OnContextMenu(HWND control, POINT screenPoint) {
 }
 
 bool CustomPropertyDlg::OnKeyDown(int virtualKey) {
-    if (!HasFocus(IDC_CUSTOMPROPERTY_LIST)) return LibraryDialog::OnKeyDown(virtualKey);
-    const bool alt = GetKeyState(VK_MENU) < 0;
-    if (alt && virtualKey == VK_UP) {
-        if (CanMoveUp()) MoveUp();
-    } else if (alt && virtualKey == VK_DOWN) {
-        if (CanMoveDown()) MoveDown();
-    } else if (!alt && virtualKey == VK_DELETE) {
-        if (CanRemove()) Remove();
-    } else if (!alt && virtualKey == VK_F2) {
-        if (CanEdit()) Edit();
-    } else {
-        return LibraryDialog::OnKeyDown(virtualKey);
-    }
-    return true;
+    constexpr ListButtons kListButtons{IDC_CUSTOMPROPERTY_REMOVE, IDC_CUSTOMPROPERTY_EDIT, IDC_CUSTOMPROPERTY_UP,
+                                       IDC_CUSTOMPROPERTY_DOWN};
+    return RunCommand(*this, kCommands, PressedButton(kListButtons, virtualKey)) ||
+           LibraryDialog::OnKeyDown(virtualKey);
 }
 
 bool CustomPropertyDlg::OnEnterPressed() {

@@ -61,3 +61,13 @@ bool LibraryDialog::ListAnswers(const NMHDR* header) {
 bool LibraryDialog::HasFocus(int ctrlId) const {
     return GetFocus() == ::GetDlgItem(hWnd(), ctrlId);
 }
+
+unsigned LibraryDialog::PressedButton(const ListButtons& buttons, int virtualKey) const {
+    if (GetFocus() != list_.hWnd()) return 0;
+    const bool alt = GetKeyState(VK_MENU) < 0;
+    if (!alt && virtualKey == VK_DELETE) return buttons.remove;
+    if (!alt && virtualKey == VK_F2) return buttons.edit;
+    if (alt && virtualKey == VK_UP) return buttons.up;
+    if (alt && virtualKey == VK_DOWN) return buttons.down;
+    return 0;
+}

@@ -40,6 +40,16 @@ protected:
     bool ListAnswers(const NMHDR* header);
     bool HasFocus(int ctrlId) const;
 
+    /// The buttons that the list's keys press: Delete, F2, Alt+Up and Alt+Down.
+    struct ListButtons {
+        unsigned remove;
+        unsigned edit;
+        unsigned up;
+        unsigned down;
+    };
+    /// For OnKeyDown: the one that the key presses now, as WM_COMMAND has it; 0 for none.
+    unsigned PressedButton(const ListButtons& buttons, int virtualKey) const;
+
     const Lng::AppID app_;
     OcListView2 list_;
 

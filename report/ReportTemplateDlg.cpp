@@ -288,20 +288,10 @@ bool ReportTemplateDlg::OnContextMenu(HWND control, POINT screenPoint) {
 }
 
 bool ReportTemplateDlg::OnKeyDown(int virtualKey) {
-    if (GetFocus() != list_.hWnd()) return LibraryDialog::OnKeyDown(virtualKey);
-    const bool alt = GetKeyState(VK_MENU) < 0;
-    if (alt && virtualKey == VK_UP) {
-        if (CanMoveUp()) MoveUp();
-    } else if (alt && virtualKey == VK_DOWN) {
-        if (CanMoveDown()) MoveDown();
-    } else if (!alt && virtualKey == VK_DELETE) {
-        if (CanRemove()) Remove();
-    } else if (!alt && virtualKey == VK_F2) {
-        if (CanEdit()) Edit();
-    } else {
-        return LibraryDialog::OnKeyDown(virtualKey);
-    }
-    return true;
+    constexpr ListButtons kListButtons{IDC_REPORTTEMPLATE_REMOVE, IDC_REPORTTEMPLATE_EDIT, IDC_REPORTTEMPLATE_UP,
+                                       IDC_REPORTTEMPLATE_DOWN};
+    return RunCommand(*this, kCommands, PressedButton(kListButtons, virtualKey)) ||
+           LibraryDialog::OnKeyDown(virtualKey);
 }
 
 // A search is not confirmed by OK: Enter takes what it has found.

@@ -54,28 +54,32 @@ public:
     bool IsInForce(const Data& data) const override {
         return field_.use ? data.*field_.use : HasAny(data.*field_.list);
     }
-    void SetInForce(Data& data, bool inForce) const override {
+    void SetInForce(Data& data, bool inForce) override {
         if (field_.use) data.*field_.use = inForce;
+        if (inForce && HasAny(dropped_)) data.*field_.list = std::exchange(dropped_, {});
     }
-    bool Drop(Data& data) const override {
-        if (field_.use) return false;
-        data.*field_.list = {};
-        return true;
+    void Drop(Data& data) override {
+        if (field_.use || !HasAny(data.*field_.list)) return;
+        dropped_ = std::exchange(data.*field_.list, {});
     }
+    void Forget() override { dropped_ = {}; }
     std::size_t Count(const Data& data, bool touched) const override {
         return CountOf(touched ? Checked(ListOf(data)) : ListOf(data));
     }
-    void Read(const ItemSource& /*source*/, Data& data, bool touched) const override {
-        if (touched) data.*field_.list = Checked(ListOf(data));
+    void Read(const ItemSource& /*source*/, Data& data, bool touched) override {
+        if (!touched) return;
+        data.*field_.list = Checked(ListOf(data));
+        Forget();
     }
 
 protected:
-    const List& ListOf(const Data& data) const { return data.*field_.list; }
+    const List& ListOf(const Data& data) const { return HasAny(dropped_) ? dropped_ : data.*field_.list; }
     /// `before` with what the user has changed.
     virtual List Checked(const List& before) const = 0;
 
 private:
     const Field<List> field_;
+    List dropped_;  // from the selection, as long as it is out of force
 };
 
 // Shows rows of which those from `missing` on are not the host's.
@@ -205,7 +209,7 @@ public:
             source.host.Ask(CbMsgId::FillPartTypes, HostCallback::WParam(tree), HostCallback::LParam(&fill)) != 0;
         if (!filledByHost_) Base::Fill(tree, source, data);
     }
-    void Read(const ItemSource& source, Data& data, bool touched) const override {
+    void Read(const ItemSource& source, Data& data, bool touched) override {
         const bool read = source.host.AskFor(data, CbMsgId::ReadPartTypes, HostCallback::WParam(tree_),
                                              HostCallback::LParam(&data)) != 0;
         if (!read) Base::Read(source, data, touched);

@@ -32,16 +32,19 @@ public:
 
     virtual bool IsInForce(const Data& data) const = 0;
     /// Sets the selection's flag, where the category has one.
-    virtual void SetInForce(Data& data, bool inForce) const = 0;
-    /// For a category out of force: one without a flag is empty then. Whether it was emptied.
-    virtual bool Drop(Data& data) const = 0;
+    virtual void SetInForce(Data& data, bool inForce) = 0;
+    /// For a category out of force: one without a flag is empty then. What it had is shown, and kept for when it comes
+    /// back into force.
+    virtual void Drop(Data& data) = 0;
+    /// Nothing is kept any longer: another selection is shown.
+    virtual void Forget() = 0;
     /// How many items are checked: in the tree once the user has `touched` it, else in the selection.
     virtual std::size_t Count(const Data& data, bool touched) const = 0;
     /// Fills the tree in place of what it holds. Items of the selection that the host does not list stand at the end.
     virtual void Fill(HWND tree, const ItemSource& source, const Data& data) = 0;
     /// Puts what is checked into the selection for which the tree was filled. A tree that the user has not `touched`
     /// leaves it as it is.
-    virtual void Read(const ItemSource& source, Data& data, bool touched) const = 0;
+    virtual void Read(const ItemSource& source, Data& data, bool touched) = 0;
     /// Whether there is anything to choose from.
     virtual bool HasItems() const = 0;
     /// Null when the host has filled the tree itself.

@@ -151,8 +151,10 @@ bool Ctrl::Impl::Data2Ctrls() {
     if (state_.mode == Configurations) RefillConfigurations();
     ForceSource();
     filter_.Show(state_.record.data.filterRules);
-    for (Node& node : nodes_)
+    for (Node& node : nodes_) {
         Invalidate(node);
+        node.items->Forget();
+    }
     FillCategoryTree();
     CheckSource(SourceOfRecord());
     ReadCriteria();
@@ -222,7 +224,7 @@ void Ctrl::Impl::CreateNodes() {
         node.row = &row;
         node.id =
             first ? (Control(kItems) ? state_.ids[kItems] : kNoItems) : largestId_ + static_cast<int>(row.category);
-        node.tree = first ? Control(kItems) : area_.AddTree(node.id, TitleOf(row));
+        node.tree = first ? Control(kItems) : area_.AddTree(node.id);
         node.items = MakeItems(row.category, state_.app);
     }
 }
@@ -307,6 +309,7 @@ bool Ctrl::Impl::IsChecked(Slot slot) const {
 
 void Ctrl::Impl::CheckSource(Source source) {
     const auto check = [this](Slot slot, bool checked) {
+        if (IsChecked(slot) == checked) return;
         SendMessageW(Control(slot), BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
     };
     check(kManual, source == Source::Manual);
@@ -476,12 +479,11 @@ void Ctrl::Impl::ReadNodes() {
 }
 
 // Categories without a flag in the record are out of force when they are empty there. Until the record is read they are
-// not emptied, and even then they can come back into force with what their tree shows.
+// not emptied, and even then they come back into force with what they had.
 void Ctrl::Impl::DropUnused() {
     Data& data = state_.record.data;
     for (Node& node : nodes_) {
-        if (!IsOffered(node) || categories_.IsChecked(node.id)) continue;
-        if (node.items->Drop(data)) node.touched = node.filled;
+        if (IsOffered(node) && !categories_.IsChecked(node.id)) node.items->Drop(data);
     }
     if (Control(kFilter) && !categories_.IsChecked(state_.ids[kFilter])) data.filterRules.clear();
 }

@@ -68,7 +68,7 @@ void FilterRules::Attach(OCDialog* dlg, Lng::AppID app, const ObjectSelection::D
     SetWindowSubclass(list_.hWnd(), ListProc, kSubclass, reinterpret_cast<DWORD_PTR>(this));
     AddColumns(list_, kColumns);
     list_.stretchColumn(kProperty);
-    AddTip();
+    SendMessageW(list_.hWnd(), LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_LABELTIP, 0);  // it would show cut-off texts only
     ShowRows(-1);
 }
 
@@ -177,10 +177,8 @@ void FilterRules::Detach() {
     tip_ = nullptr;
 }
 
-// The system's own tip of a list shows no more than a text that is cut off.
 void FilterRules::AddTip() {
     const HWND list = list_.hWnd();
-    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_LABELTIP, 0);
     const CommonControlsScope controls;
     tip_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX,
                            CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, list, nullptr, nullptr, nullptr);
@@ -199,6 +197,7 @@ void FilterRules::FollowMouse(POINT place) {
     hit.pt = place;
     const int row = static_cast<int>(SendMessageW(list_.hWnd(), LVM_SUBITEMHITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
     if (row == tipRow_) return;
+    if (!tip_) AddTip();
     tipRow_ = row;
     SendMessageW(tip_, TTM_POP, 0, 0);
 }

@@ -65,7 +65,7 @@ private:
     HostTexts texts_;
     std::vector<ObjectSelection::Property> rules_;
     OcListView2 list_;
-    HWND tip_ = nullptr;  // goes with the list
+    HWND tip_ = nullptr;  // from the first movement of the mouse on; goes with the list
     int tipRow_ = -1;     // under the mouse
     ustr tipText_;
 };

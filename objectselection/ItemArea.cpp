@@ -30,10 +30,9 @@ void PutBefore(HWND window, HWND next) {
     SetWindowPos(window, before ? before : HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
 
-// The check boxes are the toolkit's, which know a third state.
-void GiveChecks(HWND tree) {
-    SetWindowLongPtrW(tree, GWL_STYLE, GetWindowLongPtrW(tree, GWL_STYLE) & ~LONG_PTR{TVS_CHECKBOXES});
-    gwTVaddChecks(tree);
+void RemoveStyle(HWND window, LONG_PTR flag) {
+    const LONG_PTR style = GetWindowLongPtrW(window, GWL_STYLE);
+    if (style & flag) SetWindowLongPtrW(window, GWL_STYLE, style & ~flag);
 }
 
 }  // namespace
@@ -45,11 +44,12 @@ void ItemArea::Attach(OCDialog* dlg, HWND tree, int labelId, int editId) {
     if (!tree) return;
     trees_.push_back(tree);
     AddSearch(labelId, editId);
-    GiveChecks(tree);
+    RemoveStyle(tree, TVS_CHECKBOXES);  // the toolkit's check boxes know a third state
+    gwTVaddChecks(tree);
     ShowWindow(tree, false);
 }
 
-HWND ItemArea::AddTree(int id, const ustr& title) {
+HWND ItemArea::AddTree(int id) {
     if (trees_.empty()) return nullptr;
     const HWND pattern = trees_.front();
     const auto style = static_cast<DWORD>(GetWindowLongPtrW(pattern, GWL_STYLE)) & ~DWORD{WS_VISIBLE};
@@ -57,8 +57,7 @@ HWND ItemArea::AddTree(int id, const ustr& title) {
     const HWND tree = Create(WC_TREEVIEWW, style, exStyle, PlaceIn(dlg_->hWnd(), pattern), id);
     if (!tree) return nullptr;
     SetWindowPos(tree, trees_.back(), 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    SetWindowTextW(tree, title.c_str());
-    GiveChecks(tree);
+    gwTVaddChecks(tree);
     trees_.push_back(tree);
     return tree;
 }
@@ -71,6 +70,8 @@ void ItemArea::Show(HWND tree, TreeSearch* search, const ustr& searchText) {
         SetWindowTextW(edit_, searchText.c_str());
     }
     shown_ = tree;
+    // Tips are a window of their own: a template whose tree has none opens faster, and they come with the first look.
+    if (tree) RemoveStyle(tree, TVS_NOTOOLTIPS);
     for (const HWND other : trees_)
         ShowWindow(other, other == tree);
     ShowWindow(edit_, searched);

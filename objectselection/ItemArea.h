@@ -15,7 +15,7 @@ public:
     /// Gives the upper end of the place to the search field, if there is room.
     void Attach(OCDialog* dlg, HWND tree, int labelId, int editId);
     /// Makes a further tree; null without a pattern.
-    HWND AddTree(int id, const ustr& title);
+    HWND AddTree(int id);
 
     /// Shows this tree and no other (null: none); the search field when there is something to search in.
     void Show(HWND tree, TreeSearch* search, const ustr& searchText);

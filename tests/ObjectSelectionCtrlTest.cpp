@@ -16,8 +16,7 @@
 #include <vector>
 
 #include "ObjectSelectionCtrlTest_ids.h"
-#include "support/DialogTest.h"
-#include "support/SelectionHost.h"
+#include "support/SelectionTest.h"
 
 namespace {
 
@@ -58,10 +57,7 @@ public:
                     id(IDC_SELECTION_RENAME), id(IDC_SELECTION_NAME_LBL), id(IDC_SELECTION_NAME));
     }
 
-    int Run() {
-        static constexpr const wchar_t* kTemplates[] = {L"WHOLEDLG", L"SHORTDLG", L"BAREDLG"};
-        return StartModal(kTemplates[setup_.form]);
-    }
+    int Run() { return StartModal(setup_.form == Bare ? L"BAREDLG" : L"WHOLEDLG"); }
     bool OnInitDialog() override {
         OCDialog::OnInitDialog();
         EXPECT_TRUE(ctrl.OnInitDialog());
@@ -88,14 +84,10 @@ private:
     const Setup setup_;
 };
 
-// Where the node of a category stands after the largest id of the template.
-enum Place { Rooms = 1, Zones, Systems, Series, PartTypes, Layouts, Areas, Pages, Boards, HostAreas, Project, Filters };
+constexpr int kLargestId = IDC_SELECTION_LABELS;  // of the template
 
-Data CurrentDrawing() {
-    Data data;
-    data.bySelectionSet = data.currentDrawing = true;
-    return data;
-}
+// Where the node of a category stands after the largest id.
+enum Place { Rooms = 1, Zones, Systems, Series, PartTypes, Layouts, Areas, Pages, Boards, HostAreas, Project, Filters };
 
 Data SelectedDrawings() {
     Data data;
@@ -148,31 +140,10 @@ Texts CheckedTexts(HWND tree) {
     return texts;
 }
 
-HWND Categories(HWND dlg) {
-    return uidriver::Control(dlg, IDC_SELECTION_CATEGORIES);
-}
-
-int NodeCheck(HWND dlg, const wchar_t* category) {
-    const HTREEITEM item = uidriver::FindTreeItem(Categories(dlg), category);
-    return item ? gwTVgetCheck(Categories(dlg), item) : -1;
-}
-
-std::wstring SelectedNode(HWND dlg) {
-    const HTREEITEM item = TreeView_GetSelection(Categories(dlg));
-    return item ? gwTVgetText(Categories(dlg), item).c_str() : L"";
-}
-
-class ObjectSelectionCtrlTest : public DialogTest {
+class ObjectSelectionCtrlTest : public SelectionTest {
 protected:
-    ObjectSelectionCtrlTest() { record_.data = CurrentDrawing(); }
+    ObjectSelectionCtrlTest() : SelectionTest(IDC_SELECTION_CATEGORIES) { record_.data = CurrentDrawing(); }
 
-    void Pick(const wchar_t* category, bool onCheckBox = false) {
-        Step([=](HWND dlg) { ClickInTree(Categories(dlg), category, onCheckBox); });
-    }
-    /// Turns the check box of an item of the tree that is shown.
-    void Turn(const wchar_t* text) {
-        Step([=, this] { ClickInTree(ShownTree(), text, true); });
-    }
     void Command(int id) {
         Step([=](HWND dlg) { PostMessageW(dlg, WM_COMMAND, static_cast<WPARAM>(id), 0); });
     }
@@ -190,16 +161,14 @@ protected:
     }
 
     HWND Tree(int place) const {
-        return uidriver::Control(dlg_, place == 0 ? IDC_SELECTION_ITEMS : LargestId() + place);
+        return uidriver::Control(dlg_, place == 0 ? IDC_SELECTION_ITEMS : kLargestId + place);
     }
-    HWND ShownTree() const {
-        for (int place = 0; place <= HostAreas; ++place) {
-            if (IsWindowVisible(Tree(place))) return Tree(place);
-        }
-        return nullptr;
+    HWND SearchField() const { return uidriver::Control(dlg_, kLargestId + 14); }
+    int NodeCheck(const wchar_t* category) const {
+        const HTREEITEM item = uidriver::FindTreeItem(Categories(), category);
+        return item ? gwTVgetCheck(Categories(), item) : -1;
     }
-    HWND SearchField() const { return uidriver::Control(dlg_, LargestId() + 14); }
-    int LargestId() const { return setup_.form == SelectionDlg::Whole ? 1000 : IDC_SELECTION_NO_DATA; }
+    std::wstring SelectedNode() const { return gwTVgetText(Categories(), TreeView_GetSelection(Categories())).c_str(); }
     void ExpectItems(int place, const Texts& texts) {
         Step([=, this] { EXPECT_EQ(TreeTexts(Tree(place)), texts); });
     }
@@ -218,7 +187,6 @@ protected:
     }
 
     Ctrl* ctrl_ = nullptr;
-    SelectionHost host_;
     SelectionDlg::Setup setup_;
     RecordData record_;
 };
@@ -268,7 +236,7 @@ TEST_F(ObjectSelectionCtrlTest, EachApplicationOffersItsCategories) {
     for (const auto& [app, texts] : kOffered) {
         setup_.app = app;
         Step([expected = texts, this] {
-            EXPECT_EQ(TreeTexts(Categories(dlg_)), expected);
+            EXPECT_EQ(TreeTexts(Categories()), expected);
             EXPECT_EQ(Shown(dlg_, IDC_SELECTION_GROUP), L"Object selection set");
             EXPECT_EQ(Shown(dlg_, IDC_SELECTION_SELECTED), L"Selected drawings");
         });
@@ -284,7 +252,7 @@ TEST_F(ObjectSelectionCtrlTest, WhatIsShownIsReadBackAsItWas) {
         Step([=, this] {
             EXPECT_EQ(IsChecked(dlg_, IDC_SELECTION_CURRENT), current);
             for (const wchar_t* const node : {L"Rooms", L"Systems", L"Layouts", L"Selection areas", L"Data filter"})
-                EXPECT_EQ(NodeCheck(dlg_, node), kTreeChecked);
+                EXPECT_EQ(NodeCheck(node), kTreeChecked);
         });
         for (const wchar_t* const node : {L"Rooms", L"Functional zones", L"Systems", L"Fitting series", L"Part types",
                                           L"Layouts", L"Selection areas", L"Data filter"})
@@ -304,9 +272,11 @@ TEST_F(ObjectSelectionCtrlTest, TreesAreFilledWhenTheyAreFirstShown) {
     record_.data.useRooms = true;
     setup_.flagMask = kAcceptEmpty;
     Step([=, this] {
-        EXPECT_EQ(SelectedNode(dlg_), L"Rooms") << "what is in force comes first";
+        EXPECT_EQ(SelectedNode(), L"Rooms") << "what is in force comes first";
         EXPECT_EQ(host_.Order(kItems), (Messages{GetLabels, GetRooms}));
         EXPECT_EQ(LastWParam(GetRooms), 1u);
+        EXPECT_TRUE(TreeView_GetToolTips(Tree(Rooms)));
+        EXPECT_FALSE(TreeView_GetToolTips(Tree(Systems))) << "it has not been shown yet";
         host_.asked.clear();
     });
     for (const wchar_t* const node : {L"Systems", L"Fitting series", L"Part types", L"Layouts", L"Systems", L"Rooms"})
@@ -349,7 +319,7 @@ TEST_F(ObjectSelectionCtrlTest, UsersChooseItemsWithParentsAndChildren) {
     ExpectChecked(Systems, {L"TK01", L"TK02"});
     Turn(L"TK01");
     Pick(L"Rooms", true);
-    Step([this] { EXPECT_EQ(SelectedNode(dlg_), L"Rooms") << "to turn a category on is to work on it"; });
+    Step([this] { EXPECT_EQ(SelectedNode(), L"Rooms") << "to turn a category on is to work on it"; });
     Turn(L"Kitchen");
     Turn(L"Hall");
     RunToOk();
@@ -360,7 +330,7 @@ TEST_F(ObjectSelectionCtrlTest, UsersChooseItemsWithParentsAndChildren) {
 
     Pick(L"Rooms", true);
     Pick(L"Systems");
-    Step([this] { SetFocus(Categories(dlg_)); });
+    Step([this] { SetFocus(Categories()); });
     Key(VK_SPACE);
     RunToOk();
     EXPECT_FALSE(record_.data.useSystems || record_.data.useRooms);
@@ -370,8 +340,8 @@ TEST_F(ObjectSelectionCtrlTest, UsersChooseItemsWithParentsAndChildren) {
 TEST_F(ObjectSelectionCtrlTest, SelectedDrawingsBringTheirTreeWithAllDrawings) {
     Press(IDC_SELECTION_SELECTED);
     Step([this] {
-        EXPECT_EQ(SelectedNode(dlg_), L"Model drawings");
-        EXPECT_EQ(NodeCheck(dlg_, L"Model drawings"), kTreeChecked);
+        EXPECT_EQ(SelectedNode(), L"Model drawings");
+        EXPECT_EQ(NodeCheck(L"Model drawings"), kTreeChecked);
         EXPECT_EQ(CheckedTexts(Tree(0)), (Texts{L"First floor", L"Cellar"}));
         EXPECT_EQ(LastWParam(GetDrawings), 1u);
     });
@@ -469,11 +439,11 @@ TEST_F(ObjectSelectionCtrlTest, CategoriesAreGreyWithTheirReason) {
     const auto expectReason = [this](const wchar_t* reason) {
         Step([=](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_SELECTION_NO_DATA), reason); });
     };
-    Step([this] { EXPECT_EQ(SelectedNode(dlg_), L"Systems") << "the first that can be used"; });
+    Step([this] { EXPECT_EQ(SelectedNode(), L"Systems") << "the first that can be used"; });
     Pick(L"Rooms");
     expectReason(L"Not used with \"Manual selection\"");
     Pick(L"Rooms", true);
-    Step([this] { EXPECT_EQ(NodeCheck(dlg_, L"Rooms"), kTreeUnchecked); });
+    Step([this] { EXPECT_EQ(NodeCheck(L"Rooms"), kTreeUnchecked); });
     Press(IDC_SELECTION_CURRENT);
     expectReason(L"The project has none");
     Pick(L"Selection areas");
@@ -511,7 +481,7 @@ TEST_F(ObjectSelectionCtrlTest, TheWholeOrAllButThePartTypesIsDisabled) {
         EXPECT_EQ(enabled(), Ids());
         ctrl_->EnableDisableCtrls(Ctrl::PartTypesOnly);
         EXPECT_EQ(enabled(), (Ids{IDC_SELECTION_MANUAL, IDC_SELECTION_CURRENT, IDC_SELECTION_SELECTED, -PartTypes}));
-        EXPECT_EQ(SelectedNode(dlg_), L"Part types");
+        EXPECT_EQ(SelectedNode(), L"Part types");
     });
     Turn(L"Bend");
     Step([this] {
@@ -549,6 +519,7 @@ TEST_F(ObjectSelectionCtrlTest, AbsentControlsAreNeverTouched) {
     record_.data = CurrentDrawing();
     Pick(L"Systems", true);
     Turn(L"TK02");
+    Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_SELECTION_SAVE) + Shown(dlg, IDC_SELECTION_NAME_LBL), L""); });
     RunToOk();
     EXPECT_EQ(record_.data.systems, Ids{32});
 }
@@ -608,7 +579,7 @@ TEST_F(ObjectSelectionCtrlTest, ConfigurationsAreSavedChosenRenamedAndDeleted) {
     Step([=, this] {
         EXPECT_EQ(host_.Count(LoadConfiguration), 1);
         EXPECT_EQ(Shown(dlg_, IDC_SELECTION_CONFIGURATION), L"First");
-        EXPECT_EQ(NodeCheck(dlg_, L"Systems"), kTreeChecked);
+        EXPECT_EQ(NodeCheck(L"Systems"), kTreeChecked);
         host_.Answers(DeleteConfiguration, 3);
     });
     Press(IDC_SELECTION_DELETE);
@@ -683,38 +654,43 @@ TEST_F(ObjectSelectionCtrlTest, ItemsThatAreGoneStayUntilTheyAreUnchecked) {
     EXPECT_EQ(record_.data.selectionAreas, NameListInDwg()) << "no longer all";
 }
 
-TEST_F(ObjectSelectionCtrlTest, NamesAndRulesOutOfForceAreDroppedWhenRead) {
+TEST_F(ObjectSelectionCtrlTest, NamesAndRulesOutOfForceAreDroppedWhenReadButComeBackLater) {
     record_.data = FullData();
     record_.data.selectionAreas = {};
-    for (const wchar_t* const node : {L"Layouts", L"Data filter", L"Selection areas"})
-        Pick(node, true);
-    Press(IDC_SELECTION_CURRENT);
-    Press(IDC_SELECTION_SELECTED);
-    Pick(L"Layouts");
-    ExpectChecked(Layouts, {L"A3", L"Old layout"});  // not yet
-    Pick(L"Selection areas");
-    Turn(L"North");
-    RunToOk();
-    EXPECT_TRUE(record_.data.layouts.IsEmpty());
-    EXPECT_TRUE(record_.data.filterRules.empty());
-    EXPECT_EQ(record_.data.selectionAreas, NamesInFirstDrawing({L"North"}));
-}
-
-TEST_F(ObjectSelectionCtrlTest, WhatWasDroppedComesBackIntoForceAsItIsShown) {
-    record_.data = FullData();
     const Data before = record_.data;
-    for (const wchar_t* const node : {L"Layouts", L"Data filter"})
-        Pick(node, true);
-    Step([this] {
-        Data read;
-        EXPECT_EQ(ctrl_->Ctrls2Data(), 0) << "as for saving a configuration";
-        ctrl_->GetData(read);
-        EXPECT_TRUE(read.layouts.IsEmpty() && read.filterRules.empty());
-    });
-    for (const wchar_t* const node : {L"Layouts", L"Data filter"})
-        Pick(node, true);
+    const auto turnBoth = [this] {
+        Pick(L"Layouts", true);
+        Pick(L"Data filter", true);
+    };
+    const auto changeSource = [this] {
+        Press(IDC_SELECTION_CURRENT);
+        Press(IDC_SELECTION_SELECTED);
+    };
+    const auto read = [this] {
+        Step([this] {
+            Data data;
+            EXPECT_EQ(ctrl_->Ctrls2Data(), 0) << "as for saving a configuration";
+            ctrl_->GetData(data);
+            EXPECT_TRUE(data.layouts.IsEmpty() && data.filterRules.empty());
+        });
+    };
+    turnBoth();
+    changeSource();
+    read();  // while their tree is not filled
+    Pick(L"Layouts");
+    ExpectChecked(Layouts, {L"A3", L"Old layout"});
+    read();
+    changeSource();
+    turnBoth();
     RunToOk();
     EXPECT_EQ(record_.data, before);
+
+    turnBoth();
+    Pick(L"Selection areas", true);
+    Turn(L"North");
+    RunToOk();
+    EXPECT_TRUE(record_.data.layouts.IsEmpty() && record_.data.filterRules.empty());
+    EXPECT_EQ(record_.data.selectionAreas, NamesInFirstDrawing({L"North"}));
 }
 
 TEST_F(ObjectSelectionCtrlTest, WhatIsNotOfferedIsNeitherSelectedNorRead) {
@@ -724,7 +700,7 @@ TEST_F(ObjectSelectionCtrlTest, WhatIsNotOfferedIsNeitherSelectedNorRead) {
     record_.data.rooms = {12};
     const Data before = record_.data;
     Step([this] {
-        EXPECT_EQ(SelectedNode(dlg_), L"Functional zones");
+        EXPECT_EQ(SelectedNode(), L"Functional zones");
         ctrl_->SetFlagMask(0);  // which shows nothing yet
     });
     RunToOk();
@@ -883,21 +859,6 @@ TEST_F(ObjectSelectionCtrlTest, ManagingDrawingsTakesTheLockAndShowsWhatIsNew) {
     EXPECT_EQ(host_.Count(ManageDrawings), 0) << "offered by two applications only";
 }
 
-/// The entries of the menu that is open; "-" for a separator, "* " before what is checked, "# " what is grey.
-Texts OpenMenuEntries() {
-    const HWND window = FindWindowW(L"#32768", nullptr);
-    const auto menu = reinterpret_cast<HMENU>(SendMessageW(window, MN_GETHMENU, 0, 0));
-    Texts entries;
-    for (int i = 0; i < GetMenuItemCount(menu); ++i) {
-        wchar_t text[128] = L"";
-        GetMenuStringW(menu, static_cast<UINT>(i), text, 128, MF_BYPOSITION);
-        const UINT state = GetMenuState(menu, static_cast<UINT>(i), MF_BYPOSITION);
-        const std::wstring mark = state & MF_CHECKED ? L"* " : state & MF_GRAYED ? L"# " : L"";
-        entries.push_back(state & MF_SEPARATOR ? L"-" : mark + text);
-    }
-    return entries;
-}
-
 TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboardAsks) {
     const Texts kItems = {L"Show drawings from current folder only",
                           L"Show as folder tree",
@@ -908,23 +869,11 @@ TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboa
                           L"Select none",
                           L"Invert"};
     record_.data = SelectedDrawings();
-    const auto open = [this](std::function<HWND()> from) {
-        Step([=, this] { PostMessageW(dlg_, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(from()), MAKELPARAM(-1, -1)); });
-    };
-    const auto close = [this](const Texts& expected) {
-        script_->WaitFor("the menu", [] { return FindWindowW(L"#32768", nullptr) != nullptr; });
-        Step([=] {
-            EXPECT_EQ(OpenMenuEntries(), expected);
-            EndMenu();
-        });
-    };
-    open([this] { return Tree(0); });
-    close(kItems);
-    open([this] { return Categories(dlg_); });
-    close(kItems);
+    InMenu([this] { return Tree(0); }, kItems);
+    InMenu([this] { return Categories(); }, kItems);
     Pick(L"Data filter", true);
-    open([this] { return uidriver::Control(dlg_, IDC_SELECTION_FILTER); });
-    close({L"# Edit...", L"-", L"Add...", L"-", L"# Delete"});
+    InMenu([this] { return uidriver::Control(dlg_, IDC_SELECTION_FILTER); },
+           {L"# Edit...", L"-", L"Add...", L"-", L"# Delete"});
     RunToOk();
 }
 
@@ -1017,26 +966,24 @@ TEST_F(ObjectSelectionCtrlTest, ManyRoomsAreFilledSearchedCheckedAndRead) {
 }
 
 TEST_F(ObjectSelectionCtrlTest, FollowsTheDialogByItsAnchors) {
-    using Edges = std::map<int, std::array<long, 4>>;
-    const auto placesOf = [](HWND dlg, const Edges& controls) {
-        Edges places;
-        for (const auto& control : controls) {
-            RECT rect{};
-            GetWindowRect(uidriver::Control(dlg, control.first), &rect);
-            MapWindowPoints(nullptr, dlg, reinterpret_cast<POINT*>(&rect), 2);
-            places[control.first] = {rect.left, rect.top, rect.right, rect.bottom};
-        }
-        return places;
+    using Edges = std::array<long, 4>;
+    const auto edgesOf = [](HWND window) -> Edges {
+        RECT rect{};
+        GetWindowRect(window, &rect);
+        return {rect.left, rect.top, rect.right, rect.bottom};
     };
-    const auto expectMoved = [&, this](const Edges& expected) {
+    const auto expectMoved = [=, this](const std::map<int, Edges>& expected) {
         Step([=](HWND dlg) {
-            Edges moved = placesOf(dlg, expected);
-            RECT window{};
-            GetWindowRect(dlg, &window);
-            SetWindowPos(dlg, nullptr, 0, 0, window.right - window.left + 100, window.bottom - window.top + 60,
+            std::map<int, Edges> moved;
+            for (const auto& control : expected)
+                moved[control.first] = edgesOf(uidriver::Control(dlg, control.first));
+            const Edges window = edgesOf(dlg);
+            SetWindowPos(dlg, nullptr, 0, 0, window[2] - window[0] + 100, window[3] - window[1] + 60,
                          SWP_NOMOVE | SWP_NOZORDER);
-            for (const auto& [ctrlId, now] : placesOf(dlg, expected))
-                std::transform(now.begin(), now.end(), moved[ctrlId].begin(), moved[ctrlId].begin(), std::minus());
+            for (auto& [ctrlId, edges] : moved) {
+                const Edges now = edgesOf(uidriver::Control(dlg, ctrlId));
+                std::transform(now.begin(), now.end(), edges.begin(), edges.begin(), std::minus());
+            }
             EXPECT_EQ(moved, expected);
         });
         RunToOk();
@@ -1047,8 +994,8 @@ TEST_F(ObjectSelectionCtrlTest, FollowsTheDialogByItsAnchors) {
         {IDC_SELECTION_SELECTED,      {0, 0, 0, 0}    },
         {IDC_SELECTION_CATEGORIES,    {0, 0, 0, 60}   },
         {IDC_SELECTION_ITEMS,         {0, 0, 100, 60} },
-        {1000 + HostAreas,            {0, 0, 100, 60} },
-        {1000 + 14,                   {0, 0, 100, 0}  },
+        {kLargestId + HostAreas,      {0, 0, 100, 60} },
+        {kLargestId + 14,             {0, 0, 100, 0}  },
         {IDC_SELECTION_FILTER,        {0, 0, 100, 60} },
         {IDC_SELECTION_NO_DATA,       {0, 0, 100, 60} },
         {IDC_SELECTION_CONFIGURATION, {0, 0, 100, 0}  },
@@ -1061,7 +1008,7 @@ TEST_F(ObjectSelectionCtrlTest, FollowsTheDialogByItsAnchors) {
         {IDC_SELECTION_GROUP,      {25, 30, 75, 60}},
         {IDC_SELECTION_MANUAL,     {25, 30, 25, 30}},
         {IDC_SELECTION_CATEGORIES, {25, 30, 25, 60}},
-        {1000 + Rooms,             {25, 30, 75, 60}},
+        {kLargestId + Rooms,       {25, 30, 75, 60}},
         {IDC_SELECTION_DELETE,     {75, 30, 75, 30}}
     });
     setup_.anchor = [](Ctrl& ctrl) { ctrl.SetAnchoring(false, false, false, false); };

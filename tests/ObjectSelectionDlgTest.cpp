@@ -9,8 +9,7 @@
 #include <vector>
 
 #include "objectselection_ids.h"
-#include "support/DialogTest.h"
-#include "support/SelectionHost.h"
+#include "support/SelectionTest.h"
 
 namespace {
 
@@ -22,25 +21,7 @@ using Messages = std::vector<CbMsgId>;
 constexpr int kManageDrawings = 402;  // the command of the items' menu
 const Messages kLocking = {LockProject, UnlockProject};
 
-Data Systems() {
-    Data data;
-    data.bySelectionSet = data.currentDrawing = true;
-    data.useSystems = true;
-    data.systems = {32};
-    return data;
-}
-
-/// The tree of items or the list of rules that is shown.
-HWND ShownItems(HWND dlg) {
-    RECT place{};
-    GetWindowRect(uidriver::Control(dlg, IDC_OBJSEL_ITEMS), &place);
-    for (HWND child = GetWindow(dlg, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-        RECT rect{};
-        GetWindowRect(child, &rect);
-        if (IsWindowVisible(child) && EqualRect(&rect, &place)) return child;
-    }
-    return nullptr;
-}
+const Data kSystems = SystemInCurrentDrawing(32);
 
 TEST(PrjLock, AsksTheHostOnceAndReleasesOnce) {
     SelectionHost host;
@@ -50,11 +31,7 @@ TEST(PrjLock, AsksTheHostOnceAndReleasesOnce) {
         PrjLock lock;
         EXPECT_FALSE(lock.IsLocked());
         EXPECT_TRUE(lock.Lock(owner, host.Callback()));
-        ASSERT_EQ(host.asked.size(), 1u);
-        EXPECT_EQ(host.asked[0].message, LockProject);
-        EXPECT_EQ(host.asked[0].wParam, reinterpret_cast<std::uintptr_t>(owner));
-        EXPECT_EQ(host.asked[0].lParam, 0);
-
+        EXPECT_EQ(host.asked.back(), (SelectionHost::Asked{LockProject, reinterpret_cast<std::uintptr_t>(owner), 0}));
         EXPECT_TRUE(lock.Lock(owner, other.Callback()));
         EXPECT_TRUE(other.asked.empty()) << "a lock that is held is not taken again";
         lock.Unlock();
@@ -64,7 +41,7 @@ TEST(PrjLock, AsksTheHostOnceAndReleasesOnce) {
     }
     EXPECT_EQ(host.Order(kLocking), kLocking);
     EXPECT_EQ(other.Order(kLocking), kLocking) << "released when it goes";
-    EXPECT_EQ(other.asked.back().wParam, 0u);
+    EXPECT_EQ(other.asked.back(), (SelectionHost::Asked{UnlockProject, 0, 0}));
 }
 
 TEST(PrjLock, ThatWasRefusedOrNeverTakenReleasesNothing) {
@@ -101,30 +78,22 @@ TEST(PrjLock, CopiesAreHeldAndReleasedOnTheirOwn) {
     EXPECT_EQ(host.Count(UnlockProject), 3);
 }
 
-class ObjectSelectionDlgTest : public DialogTest {
+class ObjectSelectionDlgTest : public SelectionTest {
 protected:
-    /// Selects the category, or with `onCheckBox` turns it on or off.
-    void PickCategory(const wchar_t* category, bool onCheckBox = false) {
-        Step([=](HWND dlg) { ClickInTree(uidriver::Control(dlg, IDC_OBJSEL_CATEGORIES), category, onCheckBox); });
-    }
-    void CheckItem(const wchar_t* text) {
-        Step([=](HWND dlg) { ClickInTree(ShownItems(dlg), text, true); });
-    }
+    ObjectSelectionDlgTest() : SelectionTest(IDC_OBJSEL_CATEGORIES) {}
 
     int Edit(int flags) {
         return RunSteps([&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, flags); });
     }
-    int EditRecord(int flags = 0) {
-        return RunSteps(
-            [&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, flags); });
+    int EditRecord() {
+        return RunSteps([&] { return ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), record_, 0); });
     }
     bool Options() {
         return RunSteps(
             [&] { return ObjectSelectionCmd::OptionsDlg(parent_, Lng::Hpv, host_.Callback(), data_, result_); });
     }
 
-    SelectionHost host_;
-    Data data_ = Systems();
+    Data data_ = kSystems;
     RecordData record_;
     ObjectSelectionCmd::Result result_ = ObjectSelectionCmd::ShowInReport;
 };
@@ -138,30 +107,30 @@ TEST_F(ObjectSelectionDlgTest, OkGivesTheCriteriaBackAsTheyWereShown) {
     });
     Press(IDOK);
     EXPECT_EQ(Edit(0), 0);
-    EXPECT_EQ(data_, Systems());
+    EXPECT_EQ(data_, kSystems);
     EXPECT_TRUE(host_.Order(kLocking).empty());
 }
 
 TEST_F(ObjectSelectionDlgTest, OkTakesWhatTheUserChangedAndCancelNothing) {
     for (const int button : {IDCANCEL, IDOK}) {
-        PickCategory(L"Systems");
-        CheckItem(L"TK01");
+        Pick(L"Systems");
+        Turn(L"TK01");
         Press(button);
         EXPECT_EQ(Edit(0), button == IDOK ? 0 : -1);
-        EXPECT_EQ(data_ == Systems(), button == IDCANCEL);
+        EXPECT_EQ(data_ == kSystems, button == IDCANCEL);
     }
     EXPECT_EQ(std::set(data_.systems.begin(), data_.systems.end()), (std::set<std::int32_t>{31, 32}));
 }
 
 TEST_F(ObjectSelectionDlgTest, SelectedDrawingsWithoutAnyAreRefusedAndNothingElseChanges) {
     Press(IDC_OBJSEL_SELECTED);
-    PickCategory(L"Model drawings", true);
+    Pick(L"Model drawings", true);
     ExpectRefused(IDC_OBJSEL_CURRENT);
     Step([](HWND dlg) {
         EXPECT_TRUE(IsChecked(dlg, IDC_OBJSEL_SELECTED)) << "the user's choice stays";
         EXPECT_FALSE(IsChecked(dlg, IDC_OBJSEL_CURRENT));
     });
-    PickCategory(L"Model drawings", true);
+    Pick(L"Model drawings", true);
     Press(IDOK);
     EXPECT_EQ(Edit(0), 0);
     EXPECT_FALSE(data_.currentDrawing);
@@ -172,7 +141,7 @@ TEST_F(ObjectSelectionDlgTest, ConfigurationsAreOfferedUnderOneLock) {
     RecordData stored;
     stored.key = "A";
     stored.name = L"Supply air";
-    stored.data = Systems();
+    stored.data = kSystems;
     host_.configurations = {stored};
     data_ = Data();
     Step([](HWND dlg) {
@@ -188,7 +157,7 @@ TEST_F(ObjectSelectionDlgTest, ConfigurationsAreOfferedUnderOneLock) {
         uidriver::Click(dlg, IDOK);
     });
     EXPECT_EQ(Edit(kConfigurations | kLockForDrawings), 0);
-    EXPECT_EQ(data_, Systems());
+    EXPECT_EQ(data_, kSystems);
     EXPECT_EQ(host_.Order(kLocking), kLocking);
     EXPECT_EQ(host_.asked.front().message, LockProject) << "before anything else";
     EXPECT_EQ(host_.asked.front().wParam, reinterpret_cast<std::uintptr_t>(parent_));
@@ -199,7 +168,7 @@ TEST_F(ObjectSelectionDlgTest, ARefusedLockShowsNothing) {
     host_.Answers(LockProject, 1);
     EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), data_, kConfigurations), -1);
     EXPECT_EQ(host_.asked.size(), 1u);
-    EXPECT_EQ(data_, Systems());
+    EXPECT_EQ(data_, kSystems);
 }
 
 TEST_F(ObjectSelectionDlgTest, WithoutConfigurationsManagingDrawingsTakesTheLock) {
@@ -215,7 +184,14 @@ TEST_F(ObjectSelectionDlgTest, WithoutConfigurationsManagingDrawingsTakesTheLock
 TEST_F(ObjectSelectionDlgTest, ARecordIsNamed) {
     record_.key = "K7";
     record_.name = L"Old";
-    record_.data = Systems();
+    record_.data = kSystems;
+    const RecordData before = record_;
+    Enter(IDC_OBJSEL_NAME, L"New");
+    Press(IDC_OBJSEL_MANUAL);
+    Press(IDCANCEL);
+    EXPECT_EQ(EditRecord(), -1);
+    EXPECT_EQ(record_, before);
+
     Step([](HWND dlg) {
         EXPECT_EQ(Shown(dlg, IDC_OBJSEL_NAME), L"Old");
         EXPECT_TRUE(HasFocus(dlg, IDC_OBJSEL_NAME));
@@ -227,17 +203,7 @@ TEST_F(ObjectSelectionDlgTest, ARecordIsNamed) {
     EXPECT_EQ(EditRecord(), 0);
     EXPECT_EQ(record_.key, "K7");
     EXPECT_EQ(record_.name, L"New");
-    EXPECT_EQ(record_.data, Systems());
-}
-
-TEST_F(ObjectSelectionDlgTest, ACancelledRecordStays) {
-    record_.name = L"Old";
-    const RecordData before = record_;
-    Enter(IDC_OBJSEL_NAME, L"New");
-    Press(IDC_OBJSEL_CURRENT);
-    Press(IDCANCEL);
-    EXPECT_EQ(EditRecord(), -1);
-    EXPECT_EQ(record_, before);
+    EXPECT_EQ(record_.data, kSystems);
 }
 
 TEST_F(ObjectSelectionDlgTest, TheCommandHasAResultToo) {
@@ -248,22 +214,16 @@ TEST_F(ObjectSelectionDlgTest, TheCommandHasAResultToo) {
         EXPECT_EQ(Shown(dlg, 131), L"Show selected items in report");
         EXPECT_TRUE(IsChecked(dlg, 131));
     });
-    Press(130);
-    Press(IDC_OBJSEL_MANUAL);
-    Press(IDOK);
-    EXPECT_TRUE(Options());
-    EXPECT_EQ(result_, ObjectSelectionCmd::SelectInDrawing);
+    for (const int button : {IDCANCEL, IDOK}) {
+        Press(130);
+        Press(IDC_OBJSEL_MANUAL);
+        Press(button);
+        EXPECT_EQ(Options(), button == IDOK);
+        EXPECT_EQ(result_, button == IDOK ? ObjectSelectionCmd::SelectInDrawing : ObjectSelectionCmd::ShowInReport);
+        EXPECT_EQ(data_ == kSystems, button == IDCANCEL);
+    }
     EXPECT_FALSE(data_.bySelectionSet);
-    EXPECT_EQ(data_.systems, Systems().systems);
-}
-
-TEST_F(ObjectSelectionDlgTest, TheCancelledCommandChangesNothing) {
-    Press(130);
-    Press(IDC_OBJSEL_MANUAL);
-    Key(VK_ESCAPE);
-    EXPECT_FALSE(Options());
-    EXPECT_EQ(result_, ObjectSelectionCmd::ShowInReport);
-    EXPECT_EQ(data_, Systems());
+    EXPECT_EQ(data_.systems, kSystems.systems);
 }
 
 TEST_F(ObjectSelectionDlgTest, OpensWhereTheUserLeftIt) {
@@ -280,7 +240,7 @@ TEST_F(ObjectSelectionDlgTest, AHostThatIsMissingOrGoneIsAFailure) {
 
     EXPECT_EQ(ObjectSelection::Dlg::Edit(Lng::Hpv, GoneWindow(), host_.Callback(), data_, kConfigurations), -1);
     EXPECT_EQ(host_.Order(kLocking), kLocking);
-    EXPECT_EQ(data_, Systems());
+    EXPECT_EQ(data_, kSystems);
     EXPECT_EQ(result_, ObjectSelectionCmd::ShowInReport);
 }
 

@@ -192,7 +192,8 @@ enum Flag : int {
 ///
 /// The dialog leaves to it the ids after the largest one of its controls, for the trees that it adds, and the menu
 /// commands 400 to 412. A control 1000, if there is one, shows the labels of GetLabels. The items tree is one without
-/// TVS_CHECKBOXES; its place is shared with the search field, and the filter list and the label may lie there too.
+/// TVS_CHECKBOXES; its place is shared with the search field, and the filter list and the label may lie there too. A
+/// dialog whose items tree has TVS_NOTOOLTIPS opens faster: each tree gets its tips when it is shown.
 ///
 /// What a category shows is asked for when it is first selected. Items of the record that the host does not list are
 /// shown at the end and stay until the user unchecks them. Names in drawings and filter rules have no flag in the
@@ -205,9 +206,9 @@ public:
         Configurations = 2,  ///< named selections are chosen, saved, deleted and renamed
     };
     enum EnableMode : int {
-        EnableAll = 0,
+        EnableAll = 0,  ///< as far as the source of drawings, the flag mask and the project allow
         DisableAll = 1,
-        PartTypesOnly = 2,
+        PartTypesOnly = 2,  ///< shows the part types; they and the source of drawings can be chosen
     };
 
     Ctrl();
@@ -216,20 +217,26 @@ public:
     /// Takes over what the other was attached with and its record, but no windows; the two share nothing.
     Ctrl& operator=(const Ctrl& other);
 
+    /// Call before the dialog is initialised; `dlg` must outlive the control's use. Adds to the bits of `flagMask`
+    /// those of the application, and asks the host which areas and pages the project has.
     void Attach(OCDialog* dlg, Lng::AppID app, Mode mode, int flagMask, Callback callback, int manualId, int currentId,
                 int selectedId, int groupId, int categoriesId, int itemsId, int filterId, int noDataId,
                 int configurationLabelId, int configurationId, int saveId, int saveAsId, int deleteId, int renameId,
                 int nameLabelId, int nameId);
+    /// Without a name and configurations.
     void Attach(OCDialog* dlg, Lng::AppID app, int flagMask, Callback callback, int manualId, int currentId,
                 int selectedId, int groupId, int categoriesId, int itemsId, int filterId, int noDataId);
 
+    /// Adds the trees, shows the record and sets the texts. Always true. The dialog's own anchors of these controls go:
+    /// its SetAnchoring calls that of the control.
     bool OnInitDialog();
     /// True when the message is dealt with; an answer, if there is one, is set with the dialog's SetResult.
     bool OnCommand(unsigned __int64 wParam, __int64 lParam);
     bool OnNotify(unsigned __int64 wParam, __int64 lParam);
 
+    /// Shows the record. False before OnInitDialog.
     bool Data2Ctrls();
-    /// 0, or the id of the control to focus because the selection is not valid.
+    /// Reads the record back: 0, or the id of the control to focus because the selection is not valid.
     int Ctrls2Data();
     void EnableDisableCtrls(EnableMode mode);
 
@@ -246,8 +253,11 @@ public:
     /// In paper space there is no manual selection.
     void SetPaperSpace(bool paperSpace);
 
+    /// The fraction of the dialog's growth by which each edge of the whole moves.
     void SetAnchoring(double left, double top, double right, double bottom);
+    /// Whether the left and the top edge stay, and whether the right and the bottom one follow the dialog's.
     void SetAnchoring(bool left, bool top, bool right, bool bottom);
+    /// Sets the texts in the present language.
     void SetLanguage();
 
 private:

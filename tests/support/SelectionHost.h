@@ -84,11 +84,7 @@ struct SelectionHost {
 
 private:
     template <class T>
-    static T& As(std::uint64_t pointer) {
-        return *reinterpret_cast<T*>(pointer);
-    }
-    template <class T>
-    static T& As(std::int64_t pointer) {
+    static T& As(auto pointer) {
         return *reinterpret_cast<T*>(pointer);
     }
 

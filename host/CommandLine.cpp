@@ -42,6 +42,7 @@ struct OptionRow {
     Status (*set)(Options&, const std::wstring& value);
 };
 
+static_assert(kMaxScale == 200);  // as the help tells
 constexpr OptionRow kOptions[] = {
     {L"--project",  L"FILE", L"works on this project; it is made when it does not exist",       SetText<&Options::project>},
     {L"--scale",    L"N",    L"makes a new project N times as large (1 to 200)",                SetScale                  },

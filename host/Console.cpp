@@ -45,7 +45,13 @@ void ShowError(const std::wstring& message) {
     gwerrmsg(GetActiveWindow(), kSharedTexts, message.c_str());
 }
 
-bool AskToRetry(const std::wstring& message) {
+void UserReporter::Fail(const std::wstring& message) {
+    Log(message);
+    ShowError(message);
+}
+
+bool UserReporter::FailOrRetry(const std::wstring& message) {
+    Log(message);
     return gwyesnomsg(GetActiveWindow(), kSharedTexts, (message + L"\r\n\r\nTry again?").c_str());
 }
 

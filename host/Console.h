@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/DialogCatalog.h"
+
 namespace ochost {
 
 /// Writes a line to the standard output or error stream; to the console that the program was started from when it was
@@ -12,7 +14,12 @@ bool PrintError(std::wstring_view line);
 
 /// Shows the user what failed, above the window that he works in, until he has confirmed it.
 void ShowError(const std::wstring& message);
-/// The same, and asks whether it shall be tried again.
-bool AskToRetry(const std::wstring& message);
+
+/// What also shows the user why something failed.
+class UserReporter : public Reporter {
+public:
+    void Fail(const std::wstring& message) override;
+    bool FailOrRetry(const std::wstring& message) override;
+};
 
 }  // namespace ochost

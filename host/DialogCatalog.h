@@ -59,7 +59,8 @@ const DialogEntry* FindDialog(std::wstring_view name);
 /// Opens the dialog and logs what came of it. What it throws is reported as a failure.
 Outcome RunDialog(const DialogEntry& dialog, DialogContext& context);
 
-/// Stores with `store` what the user has entered: until it succeeds, or he does not want to try it again.
+/// Stores with `store` what the user has entered: until it succeeds, or he does not want to try it again. What cannot
+/// succeed later either is thrown on.
 template <class Store>
 Outcome StoreEntered(DialogContext& context, Store store) {
     for (;;) {
@@ -67,6 +68,7 @@ Outcome StoreEntered(DialogContext& context, Store store) {
             store();
             return Outcome::Confirmed;
         } catch (const Failure& failure) {
+            if (failure.kind == FailureKind::NotFound || failure.kind == FailureKind::BadInput) throw;
             if (!context.reporter.FailOrRetry(failure.message)) return Outcome::Failed;
         }
     }

@@ -10,7 +10,6 @@
 #include <array>
 #include <filesystem>
 
-#include "host/Console.h"
 #include "host/Zoom.h"
 #include "host/host_ids.h"
 
@@ -226,16 +225,6 @@ void HostWindow::Log(const std::wstring& line) {
     const int end = GetWindowTextLengthW(log);
     SendMessageW(log, EM_SETSEL, static_cast<WPARAM>(end), end);
     SendMessageW(log, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>((line + L"\r\n").c_str()));
-}
-
-void HostWindow::Fail(const std::wstring& message) {
-    Log(message);
-    ShowError(message);
-}
-
-bool HostWindow::FailOrRetry(const std::wstring& message) {
-    Log(message);
-    return AskToRetry(message);
 }
 
 void HostWindow::FillDialogs() {

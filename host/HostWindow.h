@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "host/DialogCatalog.h"
+#include "host/Console.h"
 
 namespace ochost {
 
 /// The host's main window: the dialogs by family, the record that the last one worked on before and after, and the log.
-class HostWindow : public OCDialog, private Reporter {
+class HostWindow : public OCDialog, private UserReporter {
 public:
     /// `project` must outlive the window.
     explicit HostWindow(ProjectStore& project);
@@ -40,8 +40,6 @@ private:
     void Before(const std::wstring& record) override;
     void After(const std::wstring& record) override;
     void Log(const std::wstring& line) override;
-    void Fail(const std::wstring& message) override;
-    bool FailOrRetry(const std::wstring& message) override;
 
     void FillDialogs();
     void FillLanguages();

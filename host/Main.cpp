@@ -26,21 +26,13 @@ namespace {
 constexpr int kUsageError = 2;
 
 /// Reports to the console what a dialog without a host window does.
-class ConsoleReporter : public Reporter {
+class ConsoleReporter : public UserReporter {
 public:
     void Before(const std::wstring& record) override { PrintOut(L"before:\r\n" + record); }
     void After(const std::wstring& record) override {
         if (!record.empty()) PrintOut(L"after:\r\n" + record);
     }
     void Log(const std::wstring& line) override { PrintOut(line); }
-    void Fail(const std::wstring& message) override {
-        Log(message);
-        ShowError(message);
-    }
-    bool FailOrRetry(const std::wstring& message) override {
-        Log(message);
-        return AskToRetry(message);
-    }
 };
 
 /// For one who has started the program without a console, in a box.

@@ -69,7 +69,7 @@ public:
         for (const FittingSeries& series : project.fittingSeries)
             series_[series.name].push_back(series.id);
         for (const PartType& part : project.partTypes)
-            parts_[part.code.substr(0, part.code.find_first_of(L"-."))].push_back(part.id);
+            parts_[SeriesOf(part)].push_back(part.id);
         for (const System& system : project.systems)
             systems_[KindOf(system)].push_back(system.id);
         for (const DrawingArea& area : project.areas)
@@ -176,7 +176,8 @@ private:
         PlacedObject object;
         object.id = std::ssize(project_.objects) + 1;
         object.drawing = drawing;
-        if (random_.Between(1, 16) == 1) object.layout = layouts_[drawing].front();
+        const std::vector<Id>& layouts = layouts_[drawing];
+        if (random_.Between(1, 16) == 1 && !layouts.empty()) object.layout = layouts.front();
         object.system = system;
         object.partType =
             placement.parts[static_cast<std::size_t>(random_.Between(0, static_cast<int>(placement.parts.size()) - 1))];

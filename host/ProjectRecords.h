@@ -143,6 +143,11 @@ struct PartType {
     bool operator==(const PartType&) const = default;
 };
 
+/// The series that its code begins with: "CDR" of "CDR-125".
+inline std::wstring SeriesOf(const PartType& part) {
+    return part.code.substr(0, part.code.find_first_of(L"-."));
+}
+
 /// How ducts, pipes or cable routes are joined.
 struct FittingSeries {
     Id id = 0;
@@ -201,9 +206,14 @@ struct CustomProperty {
     bool operator==(const CustomProperty&) const = default;
 };
 
+/// What a report's column has for it in place of a Property's id.
+inline std::int32_t ColumnIdOf(const CustomProperty& property) {
+    return -100 - property.id;
+}
+
 /// A column of a report. Its members are as wide as what reports are defined with.
 struct ReportColumn {
-    std::int16_t property = 0;  ///< a Property's id; -100 minus its id for a CustomProperty
+    std::int16_t property = 0;  ///< a Property's id, or ColumnIdOf a CustomProperty
     float width = 0;            ///< mm; characters in a text list
     std::uint8_t align = 0;     ///< 0 left, 1 centre, 2 right
     std::uint8_t subRow = 0;    ///< 0 is the first line of a row

@@ -193,12 +193,6 @@ void CheckName(const std::wstring& name, const std::wstring& what) {
     if (name.empty()) throw Failure{FailureKind::BadInput, L"Give the " + what + L" a name."};
 }
 
-/// That the statement before changed a record.
-void CheckFound(Database& database, const std::wstring& what) {
-    if (database.ChangedRows() > 0) return;
-    throw Failure{FailureKind::NotFound, L"The " + what + L" was removed in the meantime. Refresh the list."};
-}
-
 /// The first of the ids that no record of the table has or had. Needs the write lock.
 std::int32_t NextLastingId(Database& database, const std::string& table) {
     return ToInt32(database.IntegerOf("SELECT seq FROM sqlite_sequence WHERE name = '" + table + "'") + 1);
@@ -209,10 +203,16 @@ void WriteTemplates(Database& database, const std::vector<ReportTemplate>& templ
     WriteRows(database, kReportColumnTable, templates);
 }
 
-void DeleteById(Database& database, const std::string& table, const std::string& column, std::int64_t id) {
+void DeleteRows(Database& database, const std::string& table, const std::string& column, std::int64_t id) {
     Statement remove(database, "DELETE FROM " + table + " WHERE " + column + " = ?");
     remove.Bind(1, id);
     remove.Run();
+}
+
+/// Deletes a record, which must be there.
+void DeleteRecord(Database& database, const std::string& table, std::int64_t id, const std::wstring& what) {
+    DeleteRows(database, table, "id", id);
+    if (database.ChangedRows() == 0) throw RemovedRecord(what);
 }
 
 }  // namespace
@@ -343,11 +343,8 @@ Result<ProjectContent> ProjectStore::Content() const {
 Result<CustomProperty> ProjectStore::CreateCustomProperty(CustomProperty property) {
     return InTransaction<CustomProperty>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(property.name, kProperty);
-        Statement insert(*database_, "INSERT INTO custom_property(name, format) VALUES(?, ?)");
-        insert.Bind(1, property.name);
-        insert.Bind(2, property.format);
-        insert.Run();
-        property.id = ToInt32(database_->LastInsertId());
+        property.id = NextLastingId(*database_, kCustomPropertyTable.name);
+        WriteRows(*database_, kCustomPropertyTable, property);
         return std::move(property);
     });
 }
@@ -355,20 +352,15 @@ Result<CustomProperty> ProjectStore::CreateCustomProperty(CustomProperty propert
 Status ProjectStore::UpdateCustomProperty(const CustomProperty& property) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(property.name, kProperty);
-        Statement update(*database_, "UPDATE custom_property SET name = ?, format = ? WHERE id = ?");
-        update.Bind(1, property.name);
-        update.Bind(2, property.format);
-        update.Bind(3, std::int64_t{property.id});
-        update.Run();
-        CheckFound(*database_, kProperty);
+        DeleteRecord(*database_, kCustomPropertyTable.name, property.id, kProperty);
+        WriteRows(*database_, kCustomPropertyTable, property);
         return Done{};
     });
 }
 
 Status ProjectStore::DeleteCustomProperty(std::int32_t id) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
-        DeleteById(*database_, "custom_property", "id", id);
-        CheckFound(*database_, kProperty);
+        DeleteRecord(*database_, kCustomPropertyTable.name, id, kProperty);
         return Done{};
     });
 }
@@ -388,9 +380,8 @@ Result<std::vector<ReportTemplate>> ProjectStore::CreateReportTemplates(std::vec
 Status ProjectStore::UpdateReportTemplate(const ReportTemplate& reportTemplate) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
         CheckName(reportTemplate.name, kReportTemplate);
-        DeleteById(*database_, kReportColumnTable.name, kReportColumnTable.owner, reportTemplate.id);
-        DeleteById(*database_, kReportTemplateTable.name, "id", reportTemplate.id);
-        CheckFound(*database_, kReportTemplate);
+        DeleteRows(*database_, kReportColumnTable.name, kReportColumnTable.owner, reportTemplate.id);
+        DeleteRecord(*database_, kReportTemplateTable.name, reportTemplate.id, kReportTemplate);
         WriteTemplates(*database_, {reportTemplate});
         return Done{};
     });
@@ -398,7 +389,7 @@ Status ProjectStore::UpdateReportTemplate(const ReportTemplate& reportTemplate) 
 
 Status ProjectStore::SetModelDrawing(Id drawing, bool isModel) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
-        DeleteById(*database_, kLeftOutDrawingTable.name, "drawing", drawing);
+        DeleteRows(*database_, kLeftOutDrawingTable.name, "drawing", drawing);
         if (!isModel) WriteRows(*database_, kLeftOutDrawingTable, LeftOutDrawing{drawing});
         return Done{};
     });
@@ -414,8 +405,7 @@ Result<StoredSelection> ProjectStore::CreateSelection(StoredSelection selection)
 
 Status ProjectStore::UpdateSelection(const StoredSelection& selection) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
-        DeleteById(*database_, kSelectionTable.name, "id", selection.id);
-        CheckFound(*database_, kSelection);
+        DeleteRecord(*database_, kSelectionTable.name, selection.id, kSelection);
         WriteRows(*database_, kSelectionTable, selection);
         return Done{};
     });
@@ -423,8 +413,7 @@ Status ProjectStore::UpdateSelection(const StoredSelection& selection) {
 
 Status ProjectStore::DeleteSelection(std::int32_t id) {
     return InTransaction<Done>(path_, *database_, Transaction::Kind::Write, [&] {
-        DeleteById(*database_, kSelectionTable.name, "id", id);
-        CheckFound(*database_, kSelection);
+        DeleteRecord(*database_, kSelectionTable.name, id, kSelection);
         return Done{};
     });
 }

@@ -87,7 +87,7 @@ public:
     /// Stores the template of that id in place of what it was; NotFound when there is none.
     Status UpdateReportTemplate(const ReportTemplate& reportTemplate);
 
-    /// Whether the drawing is one of the model drawings. BadInput when there is no such drawing.
+    /// Whether the drawing is one of the model drawings. BadInput when one that there is not shall be left out.
     Status SetModelDrawing(Id drawing, bool isModel);
 
     /// Stores a new selection under a new id and returns it with that id; the given id is not used.

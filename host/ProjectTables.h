@@ -82,19 +82,23 @@ constexpr Table kProjectTable{
     Column{"address",    kText,    &ProjectInfo::address  },
     Column{"designer",   kText,    &ProjectInfo::designer },
     Column{"start_date", kText,    &ProjectInfo::startDate},
-    Column{"scale",      kInteger, &ProjectInfo::scale    }
+    Column{"scale",      kInteger, &ProjectInfo::scale    },
 };
 
 constexpr Table kFolderTable{
-    "folder", Order::Tree, Column{"id",     kKey,         &Folder::id    },
-      Column{"parent", kUnderFolder, &Folder::parent},
-    Column{"name",   kName,        &Folder::name  }
+    "folder",
+    Order::Tree,
+    Column{"id",     kKey,         &Folder::id    },
+    Column{"parent", kUnderFolder, &Folder::parent},
+    Column{"name",   kName,        &Folder::name  },
 };
 
 constexpr Table kDisciplineTable{
-    "discipline", Order::ByPosition, Column{"id",   kKey,        &Discipline::id  },
+    "discipline",
+    Order::ByPosition,
+    Column{"id",   kKey,        &Discipline::id  },
     Column{"code", kUniqueText, &Discipline::code},
-      Column{"name", kName,       &Discipline::name}
+    Column{"name", kName,       &Discipline::name},
 };
 
 constexpr Table kFloorTable{
@@ -105,7 +109,7 @@ constexpr Table kFloorTable{
     Column{"code",      kText,    &Floor::code     },
     Column{"name",      kName,    &Floor::name     },
     Column{"elevation", kInteger, &Floor::elevation},
-    Column{"height",    kInteger, &Floor::height   }
+    Column{"height",    kInteger, &Floor::height   },
 };
 
 constexpr Table kDrawingTable{
@@ -117,13 +121,15 @@ constexpr Table kDrawingTable{
     Column{"floor",      kPerhapsOnFloor, &Drawing::floor     },
     Column{"file_name",  kUniqueText,     &Drawing::fileName  },
     Column{"title",      kText,           &Drawing::title     },
-    Column{"scale",      kInteger,        &Drawing::scale     }
+    Column{"scale",      kInteger,        &Drawing::scale     },
 };
 
 constexpr Table kLayoutTable{
-    "layout", Order::ByPosition, Column{"id",      kKey,       &Layout::id     },
-      Column{"drawing", kInDrawing, &Layout::drawing},
-    Column{"name",    kName,      &Layout::name   }
+    "layout",
+    Order::ByPosition,
+    Column{"id",      kKey,       &Layout::id     },
+    Column{"drawing", kInDrawing, &Layout::drawing},
+    Column{"name",    kName,      &Layout::name   },
 };
 
 constexpr Table kAreaTable{
@@ -132,11 +138,13 @@ constexpr Table kAreaTable{
     Column{"id",      kKey,       &DrawingArea::id     },
     Column{"drawing", kInDrawing, &DrawingArea::drawing},
     Column{"kind",    kInteger,   &DrawingArea::kind   },
-    Column{"name",    kName,      &DrawingArea::name   }
+    Column{"name",    kName,      &DrawingArea::name   },
 };
 
 constexpr Table kLeftOutDrawingTable{
-    "left_out_drawing", Order::ById, Column{"drawing", kDrawingKey, &LeftOutDrawing::drawing}
+    "left_out_drawing",
+    Order::ById,
+    Column{"drawing", kDrawingKey, &LeftOutDrawing::drawing},
 };
 
 constexpr Table kZoneTable{
@@ -145,7 +153,7 @@ constexpr Table kZoneTable{
     Column{"id",     kKey,        &Zone::id    },
     Column{"floor",  kInFloor,    &Zone::floor },
     Column{"number", kUniqueText, &Zone::number},
-    Column{"name",   kName,       &Zone::name  }
+    Column{"name",   kName,       &Zone::name  },
 };
 
 constexpr Table kRoomTable{
@@ -160,7 +168,7 @@ constexpr Table kRoomTable{
     Column{"height",      kInteger,    &Room::height     },
     Column{"temperature", kReal,       &Room::temperature},
     Column{"supply_air",  kReal,       &Room::supplyAir  },
-    Column{"extract_air", kReal,       &Room::extractAir }
+    Column{"extract_air", kReal,       &Room::extractAir },
 };
 
 constexpr Table kSystemTable{
@@ -171,13 +179,15 @@ constexpr Table kSystemTable{
     Column{"code",       kUniqueText,   &System::code      },
     Column{"name",       kName,         &System::name      },
     Column{"medium",     kText,         &System::medium    },
-    Column{"colour",     kInteger,      &System::colour    }
+    Column{"colour",     kInteger,      &System::colour    },
 };
 
 constexpr Table kPartGroupTable{
-    "part_group", Order::Tree, Column{"id",     kKey,            &PartGroup::id    },
+    "part_group",
+    Order::Tree,
+    Column{"id",     kKey,            &PartGroup::id    },
     Column{"parent", kUnderPartGroup, &PartGroup::parent},
-      Column{"name",   kName,           &PartGroup::name  }
+    Column{"name",   kName,           &PartGroup::name  },
 };
 
 constexpr Table kPartTypeTable{
@@ -189,7 +199,7 @@ constexpr Table kPartTypeTable{
     Column{"code",         kUniqueText,   &PartType::code        },
     Column{"name",         kName,         &PartType::name        },
     Column{"manufacturer", kText,         &PartType::manufacturer},
-    Column{"size",         kText,         &PartType::size        }
+    Column{"size",         kText,         &PartType::size        },
 };
 
 constexpr Table kFittingSeriesTable{
@@ -198,7 +208,7 @@ constexpr Table kFittingSeriesTable{
     Column{"id",           kKey,          &FittingSeries::id          },
     Column{"discipline",   kInDiscipline, &FittingSeries::discipline  },
     Column{"name",         kName,         &FittingSeries::name        },
-    Column{"manufacturer", kText,         &FittingSeries::manufacturer}
+    Column{"manufacturer", kText,         &FittingSeries::manufacturer},
 };
 
 constexpr Table kObjectTable{
@@ -221,13 +231,15 @@ constexpr Table kObjectTable{
     Column{"z",                kInteger,         &PlacedObject::z              },
     Column{"length",           kInteger,         &PlacedObject::length         },
     Column{"load",             kReal,            &PlacedObject::load           },
-    Column{"labels",           kText,            &PlacedObject::labels         }
+    Column{"labels",           kText,            &PlacedObject::labels         },
 };
 
 constexpr Table kPropertyGroupTable{
-    "property_group", Order::Tree, Column{"id",     kKey,                &PropertyGroup::id    },
+    "property_group",
+    Order::Tree,
+    Column{"id",     kKey,                &PropertyGroup::id    },
     Column{"parent", kUnderPropertyGroup, &PropertyGroup::parent},
-      Column{"name",   kName,               &PropertyGroup::name  }
+    Column{"name",   kName,               &PropertyGroup::name  },
 };
 
 constexpr Table kPropertyTable{
@@ -239,13 +251,15 @@ constexpr Table kPropertyTable{
     Column{"unit",           kText,            &Property::unit   },
     Column{"type",           kInteger,         &Property::type   },
     Column{"sample",         kText,            &Property::sample },
-    Column{"choices",        kText,            &Property::choices}
+    Column{"choices",        kText,            &Property::choices},
 };
 
 constexpr Table kCustomPropertyTable{
-    "custom_property", Order::ById, Column{"id",     kLastingKey, &CustomProperty::id    },
+    "custom_property",
+    Order::ById,
+    Column{"id",     kLastingKey, &CustomProperty::id    },
     Column{"name",   kName,       &CustomProperty::name  },
-      Column{"format", kText,       &CustomProperty::format}
+    Column{"format", kText,       &CustomProperty::format},
 };
 
 constexpr Table kReportTemplateTable{
@@ -257,7 +271,7 @@ constexpr Table kReportTemplateTable{
     Column{"name",        kName,       &ReportTemplate::name       },
     Column{"description", kText,       &ReportTemplate::description},
     Column{"separator",   kInteger,    &ReportTemplate::separator  },
-    Column{"part_groups", kText,       &ReportTemplate::groups     }
+    Column{"part_groups", kText,       &ReportTemplate::groups     },
 };
 
 constexpr ListTable kReportColumnTable{
@@ -270,7 +284,7 @@ constexpr ListTable kReportColumnTable{
     Column{"sub_row",    kInteger, &ReportColumn::subRow   },
     Column{"header1",    kText,    &ReportColumn::header1  },
     Column{"header2",    kText,    &ReportColumn::header2  },
-    Column{"show_units", kInteger, &ReportColumn::showUnits}
+    Column{"show_units", kInteger, &ReportColumn::showUnits},
 };
 
 constexpr Table kSelectionTable{
@@ -279,7 +293,7 @@ constexpr Table kSelectionTable{
     Column{"id",   kLastingKey, &StoredSelection::id  },
     Column{"app",  kInteger,    &StoredSelection::app },
     Column{"name", kText,       &StoredSelection::name},
-    Column{"data", kText,       &StoredSelection::data}
+    Column{"data", kText,       &StoredSelection::data},
 };
 
 /// No row while nobody has locked the project. A row may be left behind by a program that has ended.
@@ -289,7 +303,7 @@ constexpr Table kLockTable{
     Column{"user",     kText,    &LockHolder::user    },
     Column{"computer", kText,    &LockHolder::computer},
     Column{"process",  kInteger, &LockHolder::process },
-    Column{"since",    kText,    &LockHolder::since   }
+    Column{"since",    kText,    &LockHolder::since   },
 };
 
 /// Calls f(table, list) for every list of the content, what is referred to before what refers to it.

@@ -63,7 +63,7 @@ Result<ValueList> ReportProperties(const ProjectStore& project) {
     for (const Property& property : *properties)
         list.emplace_back(property.name, property.id);
     for (const CustomProperty& property : *custom)
-        list.emplace_back(property.name, -100 - property.id);
+        list.emplace_back(property.name, ColumnIdOf(property));
     return list;
 }
 

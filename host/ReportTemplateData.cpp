@@ -43,7 +43,7 @@ std::unordered_set<int> PropertyIds(const ProjectContent& project) {
     for (const Property& property : project.properties)
         ids.insert(property.id);
     for (const CustomProperty& property : project.customProperties)
-        ids.insert(-100 - property.id);
+        ids.insert(ColumnIdOf(property));
     return ids;
 }
 

@@ -42,6 +42,10 @@ Failure FailedCall(const std::wstring& path, const std::wstring& cause) {
     return Fail(FailureKind::System, path, (L"cannot be used: " + cause).c_str());
 }
 
+Failure RemovedRecord(const std::wstring& what) {
+    return {FailureKind::NotFound, L"The " + what + L" was removed in the meantime. Refresh the list."};
+}
+
 Failure Explain(DWORD error, const std::wstring& path) {
     switch (error) {
         case ERROR_FILE_NOT_FOUND:

@@ -9,13 +9,15 @@
 
 namespace ochost {
 
-// What users are told when a project file cannot be used.
+// What users are told when a project file, or a record in it, cannot be used.
 
 Failure Fail(FailureKind kind, const std::wstring& path, const wchar_t* what);
 Failure DamagedFile(const std::wstring& path);
 Failure LockedFile(const std::wstring& path);
 Failure ReadOnlyFile(const std::wstring& path);
 Failure FailedCall(const std::wstring& path, const std::wstring& cause);
+/// `what` names the kind of record.
+Failure RemovedRecord(const std::wstring& what);
 /// Of an error of the system, or of SQLite.
 Failure Explain(unsigned long error, const std::wstring& path);
 Failure Explain(const orvasql::SqlError& error, const std::wstring& path);

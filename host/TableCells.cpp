@@ -12,7 +12,7 @@ namespace {
 std::wstring Joined(const std::vector<std::wstring>& values) {
     std::wstring joined;
     for (const std::wstring& value : values) {
-        if (!joined.empty()) joined += L'|';
+        if (&value != values.data()) joined += L'|';
         joined += value;
     }
     return joined;

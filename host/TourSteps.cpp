@@ -4,7 +4,6 @@
 #include <orvatool/Gw.h>
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "host/Utf.h"
@@ -12,15 +11,9 @@
 namespace ochost {
 namespace {
 
-bool IsOfClass(HWND window, std::wstring_view className) {
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    return CompareStringOrdinal(name, -1, className.data(), static_cast<int>(className.size()), TRUE) == CSTR_EQUAL;
-}
-
 HWND FindControl(HWND dlg, const wchar_t* className, int n) {
     for (HWND child = GetWindow(dlg, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-        if (IsWindowVisible(child) && IsOfClass(child, className) && n-- == 0) return child;
+        if (IsWindowVisible(child) && uidriver::IsOfClass(child, className) && n-- == 0) return child;
     }
     throw uidriver::ActionError("\"" + ToUtf8(uidriver::Text(dlg)) + "\" has too few controls of the class " +
                                 ToUtf8(className));
@@ -30,7 +23,7 @@ HWND FindControl(HWND dlg, const wchar_t* className, int n) {
 HWND HiddenDialog() {
     HWND found = nullptr;
     const auto look = [](HWND window, LPARAM result) -> BOOL {
-        if (IsWindowVisible(window) || !IsOfClass(window, L"#32770")) return TRUE;
+        if (IsWindowVisible(window) || !uidriver::IsOfClass(window, L"#32770")) return TRUE;
         *reinterpret_cast<HWND*>(result) = window;
         return FALSE;
     };

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 #include <occommonui/UpdateDwgData.h>
 #include <orvasql/Sqlite.h>
-#include <orvatool/InterApp.h>
-#include <orvatool/Lng.h>
 #include <orvatool/QBaseDb.h>
 
 #include <algorithm>
@@ -14,34 +12,17 @@
 #include <string>
 #include <vector>
 
-#include "host/DialogCatalog.h"
-#include "host/HostWindow.h"
-#include "host/Utf.h"
-#include "host/driver/UiDriver.h"
-#include "host/host_ids.h"
-#include "host/selection/SampleProject.h"
 #include "resources/customproperty_ids.h"
 #include "resources/objectselection_ids.h"
 #include "resources/report_ids.h"
+#include "support/HostFixture.h"
 #include "support/KilledChild.h"
-#include "support/TestFolder.h"
 
 namespace ochost {
 namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-
-/// All that a dialog shows.
-std::wstring TextsOf(HWND dlg) {
-    std::wstring texts;
-    const auto add = [](HWND child, LPARAM all) -> BOOL {
-        *reinterpret_cast<std::wstring*>(all) += uidriver::Text(child) + L"\n";
-        return TRUE;
-    };
-    EnumChildWindows(dlg, add, reinterpret_cast<LPARAM>(&texts));
-    return texts;
-}
 
 /// What befalls the project while a host has it open.
 class OtherProgram {
@@ -60,56 +41,22 @@ private:
     std::optional<orvasql::Transaction> writing_;
 };
 
-class HostFaults : public testing::Test {
+class HostFaults : public HostFixture {
 protected:
-    HostFaults() {
-        SetProductKey(kSettings);
-        Lng::SetLanguage(L"en");
-    }
-    ~HostFaults() override {
-        window_.reset();
-        RegDeleteTreeW(HKEY_CURRENT_USER, kSettings);
-    }
-
     /// Opens a window on a new sample project, which waits for no other program.
     void OpenSample() {
         ASSERT_TRUE(OpenSampleProject(file_, 1));
         Open(ProjectStore::Open(file_, 0ms));
     }
-    void Open(Result<ProjectStore> project) {
-        ASSERT_TRUE(project);
-        window_.reset();
-        project_.emplace(*std::move(project));
-        window_.emplace(*project_);
-        ASSERT_TRUE(window_->Open());
-    }
-
-    /// Opens the dialog, which the script drives to its end.
-    Outcome Run(const wchar_t* dialog, uidriver::Script& script) {
-        script.Start();
-        const Outcome outcome = window_->Run(*FindDialog(dialog));
-        script.RunToEnd();
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-        return outcome;
-    }
-    /// Answers the message that comes next, which names the file and says `what`.
-    void AnswerMessage(uidriver::Script& script, const wchar_t* what, int answer = IDOK) const {
-        script.WithNewDialog([this, what, answer](HWND box) {
+    /// A step that answers a message which names the file and says `what`.
+    std::function<void(HWND)> Answer(const wchar_t* what, int answer = IDOK) const {
+        return [this, what, answer](HWND box) {
             const std::wstring told = TextsOf(box);
-            EXPECT_NE(told.find(file_), told.npos) << ToUtf8(told);
-            EXPECT_NE(told.find(what), told.npos) << ToUtf8(told);
+            EXPECT_NE(told.find(file_), told.npos) << told;
+            EXPECT_NE(told.find(what), told.npos) << told;
             uidriver::Click(box, answer);
-        });
+        };
     }
-    bool LogHas(const std::wstring& text) const {
-        return uidriver::Text(uidriver::Control(window_->hWnd(), IDC_HOST_LOG)).find(text) != std::wstring::npos;
-    }
-
-    static constexpr wchar_t kSettings[] = L"Software\\OrvaCAD\\HostFaultsTest";
-    const TestFolder folder_;
-    const std::wstring file_ = folder_.File(L"office.ocproject");
-    std::optional<ProjectStore> project_;
-    std::optional<HostWindow> window_;
 };
 
 // ---- while the host has the project open ----
@@ -128,10 +75,9 @@ TEST_F(HostFaults, EveryCommandSaysThatTheProjectIsDamagedOrNewer) {
         OtherProgram(file_).Do(fault);
         const std::string before = BytesOf(file_) + BytesOf(file_ + L"-wal");
         for (const DialogEntry& dialog : AllDialogs()) {
-            SCOPED_TRACE(ToUtf8(dialog.name));
-            uidriver::Script script;
-            AnswerMessage(script, told);
-            EXPECT_EQ(Run(dialog.name, script), Outcome::Failed);
+            SCOPED_TRACE(dialog.name);
+            Step(Answer(told));
+            EXPECT_EQ(Run(dialog.name), Outcome::Failed);
         }
         EXPECT_EQ(BytesOf(file_) + BytesOf(file_ + L"-wal"), before);
     }
@@ -142,10 +88,9 @@ TEST_F(HostFaults, AnEmptyProjectKeepsNoCommandFromBeingCancelled) {
     empty.info.name = L"Empty";
     Open(ProjectStore::Create(file_, empty));
     for (const DialogEntry& dialog : AllDialogs()) {
-        SCOPED_TRACE(ToUtf8(dialog.name));
-        uidriver::Script script;
-        script.WithNewDialog([](HWND) { uidriver::Key(VK_ESCAPE); });
-        EXPECT_NE(Run(dialog.name, script), Outcome::Confirmed);
+        SCOPED_TRACE(dialog.name);
+        Key(VK_ESCAPE);
+        EXPECT_NE(Run(dialog.name), Outcome::Confirmed);
     }
 }
 
@@ -170,8 +115,7 @@ void NameSelection(HWND dlg) {
     uidriver::SetText(dlg, IDC_OBJSEL_NAME, L"Entered");
 }
 void ChooseAirFlow(HWND dlg) {
-    const HWND tree = uidriver::Control(dlg, IDC_OBJSELPROP_PROPERTIES);
-    uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"Air flow"));
+    ClickInTree(uidriver::Control(dlg, IDC_OBJSELPROP_PROPERTIES), L"Air flow");
     uidriver::SetText(dlg, IDC_OBJSELPROP_VALUE, L"45");
 }
 void SelectInDrawing(HWND dlg) {
@@ -212,23 +156,25 @@ TEST_F(HostFaults, WhatTheUserHasEnteredIsStoredAsSoonAsTheProjectCanBeWritten) 
     OpenSample();
     OtherProgram other(file_);
     for (const auto& row : cases) {
-        SCOPED_TRACE(ToUtf8(row.dialog));
+        SCOPED_TRACE(row.dialog);
         for (const Obstacle& obstacle : kObstacles) {
             const ProjectContent before = *project_->Content();
             const bool triesAgain = &obstacle == &kObstacles[0];
             (other.*obstacle.begin)();
-            uidriver::Script script;
-            for (int i = 0; i < row.questions; ++i)
-                script.WithNewDialog([](HWND question) { uidriver::Click(question, IDOK); });
-            script.WithNewDialog(row.enter).Then([] { uidriver::Click(uidriver::TopDialog(), IDOK); });
-            AnswerMessage(script, obstacle.told, triesAgain ? IDYES : IDNO);
+            for (int i = 0; i < row.questions; ++i) {
+                Step(PressOk);
+                InNewDialog([](HWND) {});
+            }
+            Step([&] { row.enter(uidriver::TopDialog()); });
+            Step(PressOk);
+            InNewDialog(Answer(obstacle.told, triesAgain ? IDYES : IDNO));
             if (triesAgain) {
-                script.WithNewDialog([&](HWND again) {
+                InNewDialog([&](HWND again) {
                     (other.*obstacle.end)();
                     uidriver::Click(again, IDYES);
                 });
             }
-            EXPECT_EQ(Run(row.dialog, script), triesAgain ? Outcome::Confirmed : Outcome::Failed);
+            EXPECT_EQ(Run(row.dialog), triesAgain ? Outcome::Confirmed : Outcome::Failed);
             (other.*obstacle.end)();
             EXPECT_EQ(*project_->Content() == before, !triesAgain);
         }
@@ -248,11 +194,10 @@ TEST_F(HostFaults, CommandsThatNeedAProjectToWriteInRefuseOneThatCannotBeWritten
     OpenSample();
     OtherProgram other(file_);
     for (const auto& row : cases) {
-        SCOPED_TRACE(ToUtf8(row.dialog));
+        SCOPED_TRACE(row.dialog);
         (other.*row.obstacle.begin)();
-        uidriver::Script script;
-        AnswerMessage(script, row.obstacle.told);
-        EXPECT_EQ(Run(row.dialog, script), row.outcome);
+        Step(Answer(row.obstacle.told));
+        EXPECT_EQ(Run(row.dialog), row.outcome);
         (other.*row.obstacle.end)();
     }
 }
@@ -261,25 +206,20 @@ TEST_F(HostFaults, AConfigurationThatCannotBeSavedStaysInTheDialog) {
     OpenSample();
     OtherProgram other(file_);
     const auto before = *project_->Selections();
-    const auto save = [](HWND) { uidriver::Click(uidriver::TopDialog(), IDC_OBJSEL_SAVE); };
-    uidriver::Script script;
-    script
-        .WithNewDialog([](HWND dlg) {
-            SetFocus(uidriver::Control(dlg, IDC_OBJSEL_CONFIGURATION));
-            uidriver::Key(VK_DOWN);
-        })
-        .Then([] { uidriver::Click(uidriver::TopDialog(), IDC_OBJSEL_CURRENT); })
-        .Then([&] { other.StartWriting(); })
-        .Then([&] { save(nullptr); });
-    AnswerMessage(script, L"is in use by another program");
-    script.Then([&] { other.StopWriting(); })
-        .Then([&] {
-            EXPECT_TRUE(*project_->Selections() == before);
-            save(nullptr);
-        })
-        .WaitFor("the configuration to be stored", [&] { return LogHas(L"stored configuration"); })
-        .Then([] { uidriver::Click(uidriver::TopDialog(), IDCANCEL); });
-    EXPECT_EQ(Run(L"selection-configurations", script), Outcome::Cancelled);
+    Step([](HWND dlg) { SetFocus(uidriver::Control(dlg, IDC_OBJSEL_CONFIGURATION)); });
+    Key(VK_DOWN);
+    Press(IDC_OBJSEL_CURRENT);
+    Step([&] { other.StartWriting(); });
+    Press(IDC_OBJSEL_SAVE);
+    InNewDialog(Answer(L"is in use by another program"));
+    Step([&] {
+        other.StopWriting();
+        EXPECT_TRUE(*project_->Selections() == before);
+    });
+    Press(IDC_OBJSEL_SAVE);
+    script_->WaitFor("the configuration to be stored", [&] { return LogHas(L"stored configuration"); });
+    Press(IDCANCEL);
+    EXPECT_EQ(Run(L"selection-configurations"), Outcome::Cancelled);
     const auto after = *project_->Selections();
     EXPECT_EQ(after.size(), before.size());
     EXPECT_FALSE(after == before);

@@ -31,12 +31,13 @@ const ProjectContent& SampleContent() {
     return content;
 }
 
-bool Exists(const std::wstring& path) {
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 class ProjectStoreTest : public testing::Test {
 protected:
+    ProjectStore CreateSample() const { return ValueOf(ProjectStore::Create(path_, SampleContent())); }
+    ProjectStore Open(std::chrono::milliseconds busyTimeout = ProjectStore::kBusyTimeout) const {
+        return ValueOf(ProjectStore::Open(path_, busyTimeout));
+    }
+    void Execute(const char* sql) const { Database(path_, OpenMode::ReadWrite, 0ms).Execute(sql); }
     /// Opening is refused as stated, with a message that names the file, and changes nothing.
     void ExpectRefused(FailureKind kind) {
         const std::string before = BytesOf(path_);
@@ -68,9 +69,17 @@ TEST(ProjectGenerator, MakesARealisticBuilding) {
         EXPECT_TRUE(room.area >= 1 && room.area < 1000) << room.area;
         EXPECT_EQ(room.number.front(), L'A');
     }
+    std::set<int> ids;
     for (const Property& property : content.properties) {
+        ids.insert(property.id);
         EXPECT_FALSE(property.sample.empty()) << property.id;
         EXPECT_EQ(property.type == ValueType::Choice, !property.choices.empty()) << property.id;
+    }
+    for (const CustomProperty& custom : content.customProperties) {
+        size_t at = custom.format.find(L'{');
+        EXPECT_NE(at, std::wstring::npos) << "no reference";
+        for (; at != std::wstring::npos; at = custom.format.find(L'{', at + 1))
+            EXPECT_TRUE(ids.contains(std::stoi(custom.format.substr(at + 1))));
     }
 }
 
@@ -90,28 +99,13 @@ TEST(ProjectGenerator, TreesHaveEachParentBeforeItsChildrenOneLevelUp) {
     }
 }
 
-TEST(ProjectGenerator, CustomPropertiesReferToProperties) {
-    std::set<int> ids;
-    for (const Property& property : SampleContent().properties) {
-        ids.insert(property.id);
-    }
-    for (const CustomProperty& custom : SampleContent().customProperties) {
-        int references = 0;
-        for (size_t at = 0; (at = custom.format.find(L'{', at)) != std::wstring::npos; ++at) {
-            EXPECT_TRUE(ids.contains(std::stoi(custom.format.substr(at + 1))));
-            ++references;
-        }
-        EXPECT_GT(references, 0);
-    }
-}
-
 TEST(ProjectGenerator, ReportTemplatesAreOfEveryKindAndFitTheirFields) {
     const std::vector<ReportTemplate>& templates = SampleContent().reportTemplates;
     EXPECT_GE(templates.size(), 12u);
     std::set<int> apps;
     std::set<int> types;
     for (const ReportTemplate& made : templates) {
-        SCOPED_TRACE(std::filesystem::path(made.name));
+        SCOPED_TRACE(made.name);
         apps.insert(made.app);
         types.insert(made.type);
         EXPECT_TRUE(!made.name.empty() && made.name.size() <= 40);
@@ -221,7 +215,7 @@ TEST(ProjectGenerator, NamesFileAndLineOfABadText) {
         {"properties",        "1\tA\tName\t\tnumber\t1\t",                               L"no type \"number\""         },
         {"fitting_series",    "Pressed\tQ\tMaker",                                       L"no discipline \"Q\""        },
         {"placements",        "Ballroom\tV\tSDC\tSA\t\t0\t0\t0\t",                       L"no room \"Ballroom\""       },
-        {"placements",        "\tV\tXXX\tSA\t\t0\t0\t0\t",                               L"no part \"XXX\""            },
+        {"placements",        "\tV\tNOPART\tSA\t\t0\t0\t0\t",                            L"no part \"NOPART\""         },
         {"placements",        "\tV\tSDC\tXX\t\t0\t0\t0\t",                               L"no system \"XX\""           },
         {"placements",        "\tV\tSDC\tSA\tGlued\t0\t0\t0\t",                          L"no fitting series"          },
         {"placements",        "\tC\tSDC\tSA\t\t0\t0\t0\t",                               L"no drawing with pages"      },
@@ -238,24 +232,18 @@ TEST(ProjectGenerator, NamesFileAndLineOfABadText) {
         });
         ASSERT_FALSE(content) << row.text;
         EXPECT_EQ(content.Error().kind, FailureKind::BadInput);
-        EXPECT_NE(content.Error().message.find(row.message), std::wstring::npos)
-            << std::filesystem::path(content.Error().message);
+        EXPECT_NE(content.Error().message.find(row.message), std::wstring::npos) << content.Error().message;
     }
 }
 
 // ---- the file ----
 
 TEST_F(ProjectStoreTest, GivesBackWhatWasStoredInDisplayOrder) {
-    auto store = ProjectStore::Create(path_, SampleContent());
-    ASSERT_TRUE(store);
-    const auto content = store->Content();
-    ASSERT_TRUE(content);
-    EXPECT_TRUE(*content == SampleContent());
-    EXPECT_EQ(*store->Info(), SampleContent().info);
-    EXPECT_EQ(*store->Folders(), SampleContent().folders);
-    EXPECT_EQ(*store->PropertyGroups(), SampleContent().propertyGroups);
-    EXPECT_EQ(*store->Properties(), SampleContent().properties);
-    EXPECT_EQ(*store->Rooms(), SampleContent().rooms);
+    auto store = CreateSample();
+    EXPECT_TRUE(*store.Content() == SampleContent());
+    EXPECT_EQ(*store.Info(), SampleContent().info);
+    EXPECT_EQ(*store.Folders(), SampleContent().folders);
+    EXPECT_EQ(*store.PropertyGroups(), SampleContent().propertyGroups);
 }
 
 TEST_F(ProjectStoreTest, TheSameScaleGivesTheSameFile) {
@@ -273,7 +261,6 @@ TEST_F(ProjectStoreTest, ALargeProjectTakesAFewSeconds) {
     EXPECT_GE(store->Rooms()->size(), 20'000u);
     EXPECT_GE(store->PartTypes()->size(), 20'000u);
     EXPECT_LT(seconds, 10);
-    std::printf("20,400 rooms and 30,600 part types: %.2f s\n", seconds);
 }
 
 TEST_F(ProjectStoreTest, AnExistingFileIsOpenedAndNeverReplaced) {
@@ -283,34 +270,32 @@ TEST_F(ProjectStoreTest, AnExistingFileIsOpenedAndNeverReplaced) {
     auto created = ProjectStore::Create(path_, SampleContent());
     ASSERT_FALSE(created);
     EXPECT_EQ(created.Error().kind, FailureKind::AlreadyExists);
-    EXPECT_EQ(ProjectStore::Open(path_)->CustomProperties()->back().name, L"Mine");
+    EXPECT_EQ(Open().CustomProperties()->back().name, L"Mine");
 }
 
 TEST_F(ProjectStoreTest, CustomPropertiesAreCreatedUpdatedAndDeletedDurably) {
     std::int32_t id = 0;
     {
-        auto store = ProjectStore::Create(path_, SampleContent());
-        ASSERT_TRUE(store);
-        const auto created = store->CreateCustomProperty({1, L"Kanavan nimiö ÄÖ", L"Ø{54|mm} x"});
+        auto store = CreateSample();
+        const auto created = store.CreateCustomProperty({1, L"Kanavan nimiö ÄÖ", L"Ø{54|mm} x"});
         ASSERT_TRUE(created);
         id = created->id;
         EXPECT_EQ(id, std::ssize(SampleContent().customProperties) + 1);
-        ASSERT_TRUE(store->UpdateCustomProperty({1, L"Renamed", L""}));
+        ASSERT_TRUE(store.UpdateCustomProperty({1, L"Renamed", L""}));
     }
-    auto store = ProjectStore::Open(path_);
-    ASSERT_TRUE(store);
-    const auto stored = *store->CustomProperties();
+    auto store = Open();
+    const auto stored = *store.CustomProperties();
     EXPECT_EQ(stored.front(), (CustomProperty{1, L"Renamed", L""}));
     EXPECT_EQ(stored.back(), (CustomProperty{id, L"Kanavan nimiö ÄÖ", L"Ø{54|mm} x"}));
 
-    ASSERT_TRUE(store->DeleteCustomProperty(id));
-    EXPECT_EQ(store->CustomProperties()->size(), SampleContent().customProperties.size());
-    EXPECT_EQ(store->CreateCustomProperty({0, L"Next", L""})->id, id + 1) << "an id is not used again";
+    ASSERT_TRUE(store.DeleteCustomProperty(id));
+    EXPECT_EQ(store.CustomProperties()->size(), SampleContent().customProperties.size());
+    EXPECT_EQ(store.CreateCustomProperty({0, L"Next", L""})->id, id + 1) << "an id is not used again";
 
-    EXPECT_EQ(store->DeleteCustomProperty(id).Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(store->UpdateCustomProperty({id, L"Gone", L""}).Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(store->UpdateCustomProperty({1, L"", L""}).Error().kind, FailureKind::BadInput);
-    EXPECT_EQ(store->CreateCustomProperty({0, L"", L""}).Error().kind, FailureKind::BadInput);
+    EXPECT_EQ(store.DeleteCustomProperty(id).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store.UpdateCustomProperty({id, L"Gone", L""}).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store.UpdateCustomProperty({1, L"", L""}).Error().kind, FailureKind::BadInput);
+    EXPECT_EQ(store.CreateCustomProperty({0, L"", L""}).Error().kind, FailureKind::BadInput);
 }
 
 ReportTemplate FullTemplate() {
@@ -329,11 +314,10 @@ TEST_F(ProjectStoreTest, ReportTemplatesAreCreatedAndUpdatedDurably) {
     ReportTemplate first = FullTemplate();
     ReportTemplate second = FullTemplate();
     {
-        auto store = ProjectStore::Create(path_, SampleContent());
-        ASSERT_TRUE(store);
+        auto store = CreateSample();
         second.columns.clear();
         second.groups.clear();
-        const auto created = store->CreateReportTemplates({first, second});
+        const auto created = store.CreateReportTemplates({first, second});
         ASSERT_TRUE(created);
         first.id = sampleCount + 1;
         second.id = sampleCount + 2;
@@ -341,47 +325,44 @@ TEST_F(ProjectStoreTest, ReportTemplatesAreCreatedAndUpdatedDurably) {
         std::swap(changed.columns.front(), changed.columns.back());
         changed.columns.pop_back();
         changed.name = L"Changed";
-        ASSERT_TRUE(store->UpdateReportTemplate(changed));
+        ASSERT_TRUE(store.UpdateReportTemplate(changed));
     }
     std::vector<ReportTemplate> expected = SampleContent().reportTemplates;
     expected.front() = changed;
     expected.insert(expected.end(), {first, second});
-    auto store = ProjectStore::Open(path_);
-    ASSERT_TRUE(store);
-    EXPECT_TRUE(*store->ReportTemplates() == expected);
+    auto store = Open();
+    EXPECT_TRUE(*store.ReportTemplates() == expected);
 
     changed.id = 999;
-    EXPECT_EQ(store->UpdateReportTemplate(changed).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store.UpdateReportTemplate(changed).Error().kind, FailureKind::NotFound);
     first.name.clear();
-    EXPECT_EQ(store->UpdateReportTemplate(first).Error().kind, FailureKind::BadInput);
-    EXPECT_TRUE(*store->ReportTemplates() == expected);
+    EXPECT_EQ(store.UpdateReportTemplate(first).Error().kind, FailureKind::BadInput);
+    EXPECT_TRUE(*store.ReportTemplates() == expected);
 }
 
 TEST_F(ProjectStoreTest, ReportTemplatesAreImportedAsAWholeOrNotAtAll) {
-    auto store = ProjectStore::Create(path_, SampleContent());
-    ASSERT_TRUE(store);
+    auto store = CreateSample();
     ReportTemplate nameless = FullTemplate();
     nameless.name.clear();
     ReportTemplate unstorable = FullTemplate();
     unstorable.columns.back().width = std::numeric_limits<float>::quiet_NaN();
     for (const ReportTemplate& bad : {nameless, unstorable}) {
-        EXPECT_EQ(store->CreateReportTemplates({FullTemplate(), bad}).Error().kind, FailureKind::BadInput);
-        EXPECT_TRUE(*store->ReportTemplates() == SampleContent().reportTemplates);
+        EXPECT_EQ(store.CreateReportTemplates({FullTemplate(), bad}).Error().kind, FailureKind::BadInput);
+        EXPECT_TRUE(*store.ReportTemplates() == SampleContent().reportTemplates);
     }
-    EXPECT_EQ(store->CreateReportTemplates({FullTemplate()})->front().id,
+    EXPECT_EQ(store.CreateReportTemplates({FullTemplate()})->front().id,
               std::ssize(SampleContent().reportTemplates) + 1);
 }
 
 TEST_F(ProjectStoreTest, AChangeWhileAnotherProgramWritesIsRefusedAndReadingGoesOn) {
-    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
-    auto store = ProjectStore::Open(path_, 0ms);
-    ASSERT_TRUE(store);
+    CreateSample();
+    auto store = Open(0ms);
     Database other(path_, OpenMode::ReadWrite, 0ms);
     Transaction writing(other, Transaction::Kind::Write);
-    EXPECT_EQ(store->UpdateCustomProperty({1, L"Renamed", L""}).Error().kind, FailureKind::Locked);
-    EXPECT_EQ(store->DeleteCustomProperty(1).Error().kind, FailureKind::Locked);
-    EXPECT_EQ(store->CreateReportTemplates({FullTemplate()}).Error().kind, FailureKind::Locked);
-    EXPECT_TRUE(*store->CustomProperties() == SampleContent().customProperties);
+    EXPECT_EQ(store.UpdateCustomProperty({1, L"Renamed", L""}).Error().kind, FailureKind::Locked);
+    EXPECT_EQ(store.DeleteCustomProperty(1).Error().kind, FailureKind::Locked);
+    EXPECT_EQ(store.CreateReportTemplates({FullTemplate()}).Error().kind, FailureKind::Locked);
+    EXPECT_TRUE(*store.CustomProperties() == SampleContent().customProperties);
 }
 
 // ---- files that are refused ----
@@ -402,7 +383,7 @@ TEST_F(ProjectStoreTest, RefusesWhatIsNoProject) {
 }
 
 TEST_F(ProjectStoreTest, RefusesADamagedFile) {
-    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    CreateSample();
     const std::string whole = BytesOf(path_);
     constexpr size_t kPage = 4096;
     for (size_t page = 1; page < whole.size() / kPage; page += 5) {
@@ -415,23 +396,21 @@ TEST_F(ProjectStoreTest, RefusesADamagedFile) {
 }
 
 TEST_F(ProjectStoreTest, RefusesAFileWithoutItsTables) {
-    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
-    Database(path_, OpenMode::ReadWrite, 0ms)
-        .Execute(
-            "DROP TABLE custom_property; UPDATE property SET type = 77 WHERE id = 3;"
-            "UPDATE report_template SET part_groups = '1|x' WHERE id = 2");
-    auto store = ProjectStore::Open(path_);
-    ASSERT_TRUE(store);
-    EXPECT_EQ(store->CustomProperties().Error().kind, FailureKind::Damaged);
-    EXPECT_EQ(store->CreateCustomProperty({0, L"Name", L""}).Error().kind, FailureKind::Damaged);
-    EXPECT_EQ(store->Properties().Error().kind, FailureKind::Damaged);
-    EXPECT_EQ(store->ReportTemplates().Error().kind, FailureKind::Damaged);
-    EXPECT_EQ(store->Content().Error().kind, FailureKind::Damaged);
-    EXPECT_EQ(store->Rooms()->size(), SampleContent().rooms.size()) << "what is whole is still read";
+    CreateSample();
+    Execute(
+        "DROP TABLE custom_property; UPDATE property SET type = 77 WHERE id = 3;"
+        "UPDATE report_template SET part_groups = '1|x' WHERE id = 2");
+    auto store = Open();
+    EXPECT_EQ(store.CustomProperties().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store.CreateCustomProperty({0, L"Name", L""}).Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store.Properties().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store.ReportTemplates().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store.Content().Error().kind, FailureKind::Damaged);
+    EXPECT_EQ(store.Rooms()->size(), SampleContent().rooms.size()) << "what is whole is still read";
 }
 
 TEST_F(ProjectStoreTest, RefusesANewerReadOnlyOrLockedFile) {
-    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    CreateSample();
     SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_READONLY);
     ExpectRefused(FailureKind::ReadOnly);
     SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
@@ -444,9 +423,9 @@ TEST_F(ProjectStoreTest, RefusesANewerReadOnlyOrLockedFile) {
         other.Execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; COMMIT");
         EXPECT_EQ(ProjectStore::Open(path_, 0ms).Error().kind, FailureKind::Locked);
     }
-    EXPECT_TRUE(ProjectStore::Open(path_));
+    Open();
 
-    Database(path_, OpenMode::ReadWrite, 0ms).Execute("PRAGMA user_version = 4");
+    Execute("PRAGMA user_version = 4");
     ExpectRefused(FailureKind::Newer);
 }
 
@@ -468,23 +447,22 @@ TEST_F(ProjectStoreTest, AFileOfAnEarlierVersionGetsWhatItLacksWhenItIsOpened) {
         {std::string(kWithoutSelections) + ";" + kWithoutTemplates, &of1},
     };
     for (const auto& [sql, expected] : cases) {
-        { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
-        Database(path_, OpenMode::ReadWrite, 0ms).Execute(sql);
+        CreateSample();
+        Execute(sql.c_str());
         {
             Database other(path_, OpenMode::ReadWrite, 0ms);
             Transaction writing(other, Transaction::Kind::Write);
             ExpectRefused(FailureKind::Locked);
         }
         {
-            auto store = ProjectStore::Open(path_, 0ms);
-            ASSERT_TRUE(store);
-            EXPECT_TRUE(*store->Content() == *expected);
-            EXPECT_TRUE(store->CreateReportTemplates({FullTemplate()}));
-            EXPECT_EQ(store->CreateSelection({0, 1, L"First", L"<x/>"})->id, 1);
-            EXPECT_TRUE(store->SetModelDrawing(1, false));
-            EXPECT_TRUE(store->Lock());
+            auto store = Open();
+            EXPECT_TRUE(*store.Content() == *expected);
+            EXPECT_TRUE(store.CreateReportTemplates({FullTemplate()}));
+            EXPECT_EQ(store.CreateSelection({0, 1, L"First", L"<x/>"})->id, 1);
+            EXPECT_TRUE(store.SetModelDrawing(1, false));
+            EXPECT_TRUE(store.Lock());
         }
-        EXPECT_EQ(ProjectStore::Open(path_, 0ms)->Selections()->size(), 1u) << "upgraded once";
+        EXPECT_EQ(Open().Selections()->size(), 1u) << "upgraded once";
         DeleteFileW(path_.c_str());
     }
 }
@@ -495,33 +473,31 @@ TEST_F(ProjectStoreTest, SelectionsAreCreatedUpdatedAndDeletedDurably) {
     const StoredSelection named{0, 2, L"Valaisimet ÄÖ", L"<ObjectSelection a=\"€\"/>"};
     const StoredSelection last{0, 1, L"", L""};
     {
-        auto store = ProjectStore::Create(path_, SampleContent());
-        ASSERT_TRUE(store);
-        EXPECT_EQ(store->CreateSelection(named)->id, 1);
-        EXPECT_EQ(store->CreateSelection(last)->id, 2);
-        ASSERT_TRUE(store->UpdateSelection({1, 2, L"Renamed", named.data}));
+        auto store = CreateSample();
+        EXPECT_EQ(store.CreateSelection(named)->id, 1);
+        EXPECT_EQ(store.CreateSelection(last)->id, 2);
+        ASSERT_TRUE(store.UpdateSelection({1, 2, L"Renamed", named.data}));
     }
-    auto store = ProjectStore::Open(path_);
-    EXPECT_TRUE(*store->Selections() == (std::vector<StoredSelection>{
-                                            {1, 2, L"Renamed", named.data},
-                                            {2, 1, L"",        L""       }
+    auto store = Open();
+    EXPECT_TRUE(*store.Selections() == (std::vector<StoredSelection>{
+                                           {1, 2, L"Renamed", named.data},
+                                           {2, 1, L"",        L""       }
     }));
-    ASSERT_TRUE(store->DeleteSelection(2));
-    EXPECT_EQ(store->CreateSelection(named)->id, 3) << "an id is not used again";
-    EXPECT_EQ(store->DeleteSelection(2).Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(store->UpdateSelection({2, 1, L"Gone", L""}).Error().kind, FailureKind::NotFound);
-    EXPECT_EQ(store->Selections()->size(), 2u);
+    ASSERT_TRUE(store.DeleteSelection(2));
+    EXPECT_EQ(store.CreateSelection(named)->id, 3) << "an id is not used again";
+    EXPECT_EQ(store.DeleteSelection(2).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store.UpdateSelection({2, 1, L"Gone", L""}).Error().kind, FailureKind::NotFound);
+    EXPECT_EQ(store.Selections()->size(), 2u);
 }
 
 TEST_F(ProjectStoreTest, ADrawingIsAModelDrawingUntilItIsLeftOut) {
-    auto store = ProjectStore::Create(path_, SampleContent());
-    ASSERT_TRUE(store);
+    auto store = CreateSample();
     for (int round = 0; round < 2; ++round)
-        EXPECT_TRUE(store->SetModelDrawing(7, false));
-    EXPECT_EQ(*store->LeftOutDrawings(), (std::vector<LeftOutDrawing>{{7}}));
-    EXPECT_EQ(store->SetModelDrawing(999, false).Error().kind, FailureKind::BadInput);
-    EXPECT_TRUE(store->SetModelDrawing(7, true));
-    EXPECT_TRUE(store->LeftOutDrawings()->empty());
+        EXPECT_TRUE(store.SetModelDrawing(7, false));
+    EXPECT_EQ(*store.LeftOutDrawings(), (std::vector<LeftOutDrawing>{{7}}));
+    EXPECT_EQ(store.SetModelDrawing(999, false).Error().kind, FailureKind::BadInput);
+    EXPECT_TRUE(store.SetModelDrawing(7, true));
+    EXPECT_TRUE(store.LeftOutDrawings()->empty());
 }
 
 // ---- the lock ----
@@ -543,8 +519,7 @@ TEST_F(ProjectStoreTest, OneStoreAtATimeHoldsTheLockAndTheOtherIsToldWho) {
             ASSERT_FALSE(second);
             EXPECT_EQ(second.Error().kind, FailureKind::Locked);
             const std::wstring process = L"process " + std::to_wstring(GetCurrentProcessId());
-            EXPECT_NE(second.Error().message.find(process), std::wstring::npos)
-                << std::filesystem::path(second.Error().message);
+            EXPECT_NE(second.Error().message.find(process), std::wstring::npos) << second.Error().message;
             EXPECT_NE(second.Error().message.find(path_), std::wstring::npos);
         }
         EXPECT_TRUE(other->CreateCustomProperty({0, L"Mine", L""})) << "the lock does not keep others from storing";
@@ -565,18 +540,17 @@ TEST(ProjectLockChild, DISABLED_HoldsTheLock) {
 }
 
 TEST_F(ProjectStoreTest, TheLockOfAProgramThatHasEndedIsTakenOver) {
-    auto store = ProjectStore::Create(path_, SampleContent());
-    ASSERT_TRUE(store);
+    auto store = CreateSample();
     KilledChild child(L"ProjectLockChild.DISABLED_HoldsTheLock", path_);
     ASSERT_TRUE(child.HasReported(1));
-    const auto refused = store->Lock();
+    const auto refused = store.Lock();
     ASSERT_FALSE(refused);
     const std::wstring process = std::to_wstring(child.Reported());
     EXPECT_NE(refused.Error().message.find(L"process " + process), std::wstring::npos);
 
     child.Kill();
     EXPECT_EQ(HoldersIn(path_), 1) << "what it left behind";
-    const auto lock = store->Lock();
+    const auto lock = store.Lock();
     ASSERT_TRUE(lock);
     ASSERT_TRUE(lock->TakenOverFrom());
     EXPECT_EQ(std::to_wstring(lock->TakenOverFrom()->process), process);
@@ -596,8 +570,8 @@ TEST_F(ProjectStoreTest, AFailedCreationLeavesNothing) {
 
 TEST_F(ProjectStoreTest, WhatAnInterruptedRunLeftIsNotUsed) {
     const std::string earlierLog = [&] {
-        auto store = ProjectStore::Create(path_, SampleContent());
-        EXPECT_TRUE(store->CreateCustomProperty({0, L"Earlier", L""}));
+        auto store = CreateSample();
+        EXPECT_TRUE(store.CreateCustomProperty({0, L"Earlier", L""}));
         return BytesOf(path_ + L"-wal");
     }();
     ASSERT_FALSE(earlierLog.empty());
@@ -606,11 +580,10 @@ TEST_F(ProjectStoreTest, WhatAnInterruptedRunLeftIsNotUsed) {
     WriteBytes(path_ + L".new", "half");
     WriteBytes(path_ + L".new-journal", "half");
 
-    auto store = ProjectStore::Create(path_, SampleContent());
-    ASSERT_TRUE(store);
-    EXPECT_TRUE(*store->Content() == SampleContent());
-    EXPECT_FALSE(Exists(path_ + L".new"));
-    EXPECT_FALSE(Exists(path_ + L".new-journal"));
+    auto store = CreateSample();
+    EXPECT_TRUE(*store.Content() == SampleContent());
+    EXPECT_FALSE(std::filesystem::exists(path_ + L".new"));
+    EXPECT_FALSE(std::filesystem::exists(path_ + L".new-journal"));
 }
 
 /// Ends this process as soon as the file holds some of the rows that are being written.
@@ -630,25 +603,24 @@ TEST_F(ProjectStoreTest, AKilledGenerationDoesNotAppearUnderItsName) {
         _exit(created ? 0 : 1);
     };
     EXPECT_EXIT(generate(), testing::ExitedWithCode(42), "");
-    EXPECT_FALSE(Exists(path_));
+    EXPECT_FALSE(std::filesystem::exists(path_));
     EXPECT_TRUE(OpenOrGenerateProject(path_, 1));
 }
 
 TEST_F(ProjectStoreTest, AKilledImportLeavesNoTemplate) {
-    { ASSERT_TRUE(ProjectStore::Create(path_, SampleContent())); }
+    CreateSample();
     const auto import = [&] {
-        auto store = ProjectStore::Open(path_);
+        auto store = Open();
         // More than SQLite keeps in memory: some of the rows go to the file before the import is done.
         ReportTemplate large = FullTemplate();
         large.columns.resize(200, large.columns.front());
         std::thread(EndWhenWriting, path_ + L"-wal").detach();
-        const auto created = store->CreateReportTemplates(std::vector(2'000, large));
+        const auto created = store.CreateReportTemplates(std::vector(2'000, large));
         _exit(created ? 0 : 1);
     };
     EXPECT_EXIT(import(), testing::ExitedWithCode(42), "");
-    auto store = ProjectStore::Open(path_);
-    ASSERT_TRUE(store);
-    EXPECT_TRUE(*store->ReportTemplates() == SampleContent().reportTemplates);
+    auto store = Open();
+    EXPECT_TRUE(*store.ReportTemplates() == SampleContent().reportTemplates);
 }
 
 }  // namespace

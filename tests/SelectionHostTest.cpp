@@ -5,37 +5,32 @@
 #include <occommonui/ObjectSelection.h>
 #include <occommonui/UpdateDwgData.h>
 #include <orvatool/Gw.h>
-#include <orvatool/InterApp.h>
-#include <orvatool/Lng.h>
 #include <orvatool/QBaseDb.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
 #include "host/selection/DrawingRecords.h"
 #include "host/selection/Evaluation.h"
 #include "host/selection/ObjectValues.h"
-#include "host/selection/SampleProject.h"
 #include "host/selection/SampleSelections.h"
 #include "host/selection/SelectionCallback.h"
 #include "host/selection/SelectionTrees.h"
-#include "support/TestFolder.h"
+#include "support/HostFixture.h"
+#include "support/ProcessorTime.h"
 
 namespace ochost {
 namespace {
 
 namespace fs = std::filesystem;
 namespace Dlg = ObjectSelection::Dlg;
+using ObjectSelection::Data;
 using ObjectSelection::DrawingRef;
 using ObjectSelection::NameListInDwg;
 using ObjectSelection::RecordData;
@@ -52,17 +47,15 @@ private:
     std::wstring lines_;
 };
 
-class SelectionHost : public testing::Test {
+class SelectionHost : public HostFixture {
 protected:
-    SelectionHost() : project_(*OpenSampleProject(file_, 1)) {
-        SetProductKey(kSettings);
-        Lng::SetLanguage(L"en");
+    SelectionHost() {
+        project_.emplace(*OpenSampleProject(file_, 1));
         Use(Lng::Hpv);
     }
-    ~SelectionHost() override { RegDeleteTreeW(HKEY_CURRENT_USER, kSettings); }
 
     void Use(Lng::AppID app) {
-        callback_ = std::make_unique<SelectionCallback>(project_, app, log_);
+        callback_ = std::make_unique<SelectionCallback>(*project_, app, log_);
         ask_ = callback_->Get();
     }
     const ProjectIndex& Project() const { return callback_->Project(); }
@@ -107,11 +100,14 @@ protected:
                              [&](const Property& property) { return property.name == name; });
     }
 
-    static constexpr wchar_t kSettings[] = L"Software\\OrvaCAD\\SelectionHostTest";
-    const TestFolder folder_;
-    const std::wstring file_ = folder_.File(L"office.ocproject");
+    /// Asks, and has the user click that text in the tree of the dialog which then opens, and answer it.
+    std::int64_t ChooseInTree(Dlg::CbMsgId message, std::uint64_t wParam, const std::wstring& text, int answer) {
+        Step([=](HWND dlg) { ClickInTree(FindWindowExW(dlg, nullptr, WC_TREEVIEWW, nullptr), text); });
+        Press(answer);
+        return RunSteps([&] { return Ask(message, wParam); });
+    }
+
     LogLines log_;
-    ProjectStore project_;
     std::unique_ptr<SelectionCallback> callback_;
     Dlg::Callback ask_;
 };
@@ -228,10 +224,12 @@ TEST_F(SelectionHost, AreasAndPagesAreThereUntilTheProjectHasNone) {
     EXPECT_EQ(callback.Get()(Dlg::HasRooms, 0, 0), 0);
 }
 
-TEST_F(SelectionHost, TheLabelsInUseAreGivenOnce) {
+TEST_F(SelectionHost, TheLabelsInUseAreGivenOnceAndNothingForAnUnknownMessage) {
     LabelManager::Labels labels;
     Ask(Dlg::GetLabels, W(&labels));
     EXPECT_EQ(labels.ToString(), L"commissioning, prefabricated, to be checked");
+    for (const int unknown : {30, -1})
+        EXPECT_EQ(Ask(static_cast<Dlg::CbMsgId>(unknown)), 0);
 }
 
 TEST_F(SelectionHost, PropertiesHaveNamesKindsAndTexts) {
@@ -297,22 +295,9 @@ TEST_F(SelectionHost, OnlyARoomIsChosenWithTheHostsOwnDialog) {
     const Room& room = Content().rooms[200];
     Dlg::ValueChoice choice{PropertyCalled(L"Room number").id, L"none"};
     for (const int answer : {IDCANCEL, IDOK}) {
-        uidriver::Script script;
-        script.WithNewDialog([&](HWND dlg) {
-            const HWND tree = FindWindowExW(dlg, nullptr, WC_TREEVIEWW, nullptr);
-            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, room.number + L" " + room.name));
-        });
-        script.Then([&] { uidriver::Click(uidriver::TopDialog(), answer); });
-        script.Start();
-        EXPECT_EQ(Ask(Dlg::ChooseValue, W(&choice)), 1);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
+        EXPECT_EQ(ChooseInTree(Dlg::ChooseValue, W(&choice), room.number + L" " + room.name, answer), 1);
         EXPECT_EQ(choice.value, answer == IDOK ? ustr(room.number) : ustr(L"none"));
     }
-}
-
-TEST_F(SelectionHost, WhatItDoesNotKnowIsAnsweredWithNothing) {
-    EXPECT_EQ(Ask(static_cast<Dlg::CbMsgId>(30)), 0);
-    EXPECT_EQ(Ask(static_cast<Dlg::CbMsgId>(-1)), 0);
 }
 
 // ---- part types by name ----
@@ -324,7 +309,7 @@ protected:
                                 nullptr, nullptr)) {}
     ~PartTypeTreeTest() override { DestroyWindow(tree_); }
 
-    std::int64_t Fill(const ObjectSelection::Data& data) const {
+    std::int64_t Fill(const Data& data) const {
         const Dlg::PartTypeFill fill{&data, 0};
         return Ask(Dlg::FillPartTypes, W(tree_), L(&fill));
     }
@@ -333,12 +318,12 @@ protected:
 
 TEST_F(PartTypeTreeTest, SchematicsFillsAndReadsTheTreeItself) {
     Use(Lng::Schematics);
-    ObjectSelection::Data data;
+    Data data;
     data.partTypesAlt = {"CDR-125", "not there", "DFN-125"};
     ASSERT_EQ(Fill(data), 1);
     EXPECT_EQ(TreeView_GetCount(tree_), static_cast<UINT>(PartTypeTree(Project(), Lng::Schematics).size() + 2))
         << "with what is gone, below its heading";
-    ObjectSelection::Data read;
+    Data read;
     read.partTypesAlt = {"before"};
     ASSERT_EQ(Ask(Dlg::ReadPartTypes, W(tree_), L(&read)), 1);
     EXPECT_EQ(std::set(read.partTypesAlt.begin(), read.partTypesAlt.end()),
@@ -352,7 +337,7 @@ TEST_F(PartTypeTreeTest, SchematicsFillsAndReadsTheTreeItself) {
 TEST_F(PartTypeTreeTest, TheOtherApplicationsLeaveThatToTheLibrary) {
     for (const Lng::AppID app : {Lng::Hpv, Lng::Electrical, Lng::Automation}) {
         Use(app);
-        ObjectSelection::Data data;
+        Data data;
         data.partTypesAlt = {"kept"};
         EXPECT_EQ(Fill(data), 0);
         EXPECT_EQ(Ask(Dlg::ReadPartTypes, W(tree_), L(&data)), 0);
@@ -363,32 +348,19 @@ TEST_F(PartTypeTreeTest, TheOtherApplicationsLeaveThatToTheLibrary) {
 
 // ---- configurations ----
 
-ObjectSelection::Data FullSelection() {
-    ObjectSelection::Data data;
-    data.bySelectionSet = data.useModelDrawings = data.useRooms = data.useFunctionalZones = true;
-    data.useSystems = data.useFittingSeries = data.usePartTypes = true;
+/// With texts of several scripts and a drawing that is not the project's.
+Data ManyCriteria() {
+    Data data;
+    data.bySelectionSet = data.useModelDrawings = data.useRooms = data.usePartTypes = true;
     data.rooms = {3, 1};
-    data.functionalZones = {5};
-    data.systems = {7, 9999};
-    data.fittingSeries = {2};
-    data.partTypes = {11};
     data.partTypesAlt = {"ÄÖ-1"};
+    data.modelDrawings.resize(1);
+    data.modelDrawings[0].path = L"C:\\elsewhere\\Ä.dwg";
     Rule& rule = data.filterRules.emplace_back();
     rule.propId = 99;
-    rule.matchAll = rule.caseSensitive = true;
-    rule.tolerance = 0.25;
     rule.criteria = {
-        {Rule::Greater,  L"20.5"},
-        {Rule::NotEqual, L"€" }
+        {Rule::NotEqual, L"€"}
     };
-    DrawingRef elsewhere;
-    elsewhere.path = L"C:\\elsewhere\\Ä.dwg";
-    data.modelDrawings = {elsewhere};
-    data.layouts.all = true;
-    data.selectionAreas.entries = {
-        {elsewhere, L"Koillinen"}
-    };
-    data.pages.entries = data.switchboardAreas.entries = data.hostAreas.entries = data.selectionAreas.entries;
     return data;
 }
 
@@ -396,7 +368,7 @@ TEST_F(SelectionHost, AConfigurationIsStoredLoadedRenamedAndDeleted) {
     const auto before = Configurations();
     RecordData record;
     record.name = L"Mine Å";
-    record.data = FullSelection();
+    record.data = ManyCriteria();
     Ask(Dlg::SaveConfiguration, W(&record));
     ASSERT_FALSE(record.key.empty());
     ASSERT_EQ(Configurations().size(), before.size() + 1);
@@ -432,8 +404,8 @@ TEST_F(SelectionHost, AConfigurationIsStoredLoadedRenamedAndDeleted) {
 TEST_F(SelectionHost, TheCriteriaUsedLastAreKeptByApplication) {
     EXPECT_TRUE(callback_->Store().Last().currentDrawing);
     const auto configurations = Configurations().size();
-    callback_->Store().SetLast(FullSelection());
-    ObjectSelection::Data changed = FullSelection();
+    callback_->Store().SetLast(ManyCriteria());
+    Data changed = ManyCriteria();
     changed.rooms.clear();
     callback_->Store().SetLast(changed);
     Use(Lng::Electrical);
@@ -445,7 +417,7 @@ TEST_F(SelectionHost, TheCriteriaUsedLastAreKeptByApplication) {
 
 TEST_F(SelectionHost, ASelectionThatCannotBeReadIsRefusedAndSaysSo) {
     for (const wchar_t* data : {L"", L"<ObjectSelection", L"<ObjectSelection Format=\"99999999\"/>"}) {
-        const auto stored = project_.CreateSelection({0, Lng::Hpv, L"Broken", data});
+        const auto stored = project_->CreateSelection({0, Lng::Hpv, L"Broken", data});
         RecordData record;
         record.key = std::string_view(std::to_string(stored->id));
         EXPECT_THROW(Ask(Dlg::LoadConfiguration, W(&record)), Failure) << stored->id;
@@ -456,19 +428,6 @@ TEST_F(SelectionHost, ASelectionThatCannotBeReadIsRefusedAndSaysSo) {
 
 // ---- the lock and the drawing manager ----
 
-void ConfirmMessage(uidriver::Script& script, std::wstring& text) {
-    script.WithNewDialog([&](HWND box) {
-        EnumChildWindows(
-            box,
-            [](HWND child, LPARAM all) -> BOOL {
-                *reinterpret_cast<std::wstring*>(all) += uidriver::Text(child);
-                return TRUE;
-            },
-            reinterpret_cast<LPARAM>(&text));
-        uidriver::Key(VK_RETURN);
-    });
-}
-
 TEST_F(SelectionHost, TheLockIsTakenReleasedAndRefusedToASecondHost) {
     auto second = ProjectStore::Open(file_);
     ASSERT_TRUE(second);
@@ -476,20 +435,18 @@ TEST_F(SelectionHost, TheLockIsTakenReleasedAndRefusedToASecondHost) {
     {
         Dlg::PrjLock lock(nullptr, ask_);
         ASSERT_TRUE(lock.IsLocked());
-        std::wstring told;
-        uidriver::Script script;
-        ConfirmMessage(script, told);
-        script.Start();
-        Dlg::PrjLock refused(nullptr, other.Get());
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-        EXPECT_FALSE(refused.IsLocked());
-        EXPECT_NE(told.find(L"is being edited by"), std::wstring::npos) << fs::path(told);
-        EXPECT_NE(told.find(std::to_wstring(GetCurrentProcessId())), std::wstring::npos);
+        Step([](HWND box) {
+            const std::wstring told = TextsOf(box);
+            EXPECT_NE(told.find(L"is being edited by"), std::wstring::npos) << told;
+            EXPECT_NE(told.find(std::to_wstring(GetCurrentProcessId())), std::wstring::npos) << told;
+            uidriver::Key(VK_RETURN);
+        });
+        EXPECT_FALSE(RunSteps([&] { return Dlg::PrjLock(nullptr, other.Get()).IsLocked(); }));
     }
     Dlg::PrjLock free(nullptr, other.Get());
     EXPECT_TRUE(free.IsLocked());
     EXPECT_EQ(Ask(Dlg::UnlockProject), 0) << "nothing to release";
-    EXPECT_FALSE(project_.Lock()) << "still the other's";
+    EXPECT_FALSE(project_->Lock()) << "still the other's";
 }
 
 TEST_F(SelectionHost, TheDrawingManagerRemovesAndAddsAModelDrawing) {
@@ -500,17 +457,7 @@ TEST_F(SelectionHost, TheDrawingManagerRemovesAndAddsAModelDrawing) {
         return files;
     };
     const std::set<std::wstring> all = offered();
-    const auto manage = [&](int answer) {
-        uidriver::Script script;
-        script.WithNewDialog([](HWND dlg) {
-            const HWND tree = FindWindowExW(dlg, nullptr, WC_TREEVIEWW, nullptr);
-            uidriver::ClickTreeItem(tree, uidriver::FindTreeItem(tree, L"H-A02.dwg"));
-        });
-        script.Then([answer] { uidriver::Click(uidriver::TopDialog(), answer); });
-        script.Start();
-        Ask(Dlg::ManageDrawings);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-    };
+    const auto manage = [&](int answer) { ChooseInTree(Dlg::ManageDrawings, 0, L"H-A02.dwg", answer); };
     manage(IDCANCEL);
     EXPECT_EQ(offered(), all);
     manage(IDOK);
@@ -528,8 +475,8 @@ class Evaluation : public SelectionHost {
 protected:
     using Test = std::function<bool(const PlacedObject&)>;
 
-    static ObjectSelection::Data BySet() {
-        ObjectSelection::Data data;
+    static Data BySet() {
+        Data data;
         data.bySelectionSet = true;
         return data;
     }
@@ -547,11 +494,11 @@ protected:
             ids.push_back(object->id);
         return ids;
     }
-    std::vector<Id> Selected(const ObjectSelection::Data& data) const {
+    std::vector<Id> Selected(const Data& data) const {
         return IdsOf(SelectedObjects(Project(), data, callback_->CurrentDrawing().id));
     }
     /// The selection is what a plain look at every object finds, which is neither nothing nor everything.
-    void ExpectSelected(const ObjectSelection::Data& data, const Test& expected) const {
+    void ExpectSelected(const Data& data, const Test& expected) const {
         std::vector<Id> plain;
         for (const PlacedObject& object : Content().objects) {
             if (expected(object)) plain.push_back(object.id);
@@ -571,7 +518,7 @@ protected:
 };
 
 TEST_F(Evaluation, ByDrawing) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
     data.currentDrawing = true;
     data.useModelDrawings = true;  // what does not count then
     data.modelDrawings = {RefTo(L"E-A01.dwg")};
@@ -591,8 +538,27 @@ TEST_F(Evaluation, ByDrawing) {
     EXPECT_TRUE(Selected(data).empty()) << "only what is gone";
 }
 
+TEST_F(Evaluation, ADrawingThatIsNoModelDrawingIsSelectedFromAsTheCurrentOneOnly) {
+    const Data all = BySet();
+    Data named = all;
+    named.useModelDrawings = true;
+    named.modelDrawings = {RefOf(Project(), callback_->CurrentDrawing())};
+    Data asCurrent = all;
+    asCurrent.currentDrawing = true;
+    const Id object = Selected(asCurrent).front();
+    const auto isSelected = [&](const Data& data) {
+        const auto ids = Selected(data);
+        return std::find(ids.begin(), ids.end(), object) != ids.end();
+    };
+    EXPECT_TRUE(isSelected(all) && isSelected(named));
+    ASSERT_TRUE(project_->SetModelDrawing(callback_->CurrentDrawing().id, false));
+    Use(Lng::Hpv);
+    EXPECT_FALSE(isSelected(all) || isSelected(named));
+    EXPECT_TRUE(isSelected(asCurrent));
+}
+
 TEST_F(Evaluation, ByRoomsZonesSystemsSeriesAndPartTypesTogether) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
     data.useFunctionalZones = data.useRooms = data.useSystems = true;
     for (const Zone& zone : Content().zones) {
         if (zone.name == L"Offices north") data.functionalZones.push_back(static_cast<std::int32_t>(zone.id));
@@ -624,11 +590,12 @@ TEST_F(Evaluation, ByRoomsZonesSystemsSeriesAndPartTypesTogether) {
 }
 
 TEST_F(Evaluation, ByLayoutsAndAreasInDrawings) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
+    const DrawingRef byPath = RefTo(L"H-A04.dwg", true);
     data.layouts.entries = {
-        {RefTo(L"V-A04.dwg"), L"A1 1:50"},
-        {RefTo(L"H-A04.dwg",  true),      kModelSpace},
-        {RefTo(L"H-A03.dwg"),                   L"no layout"          },
+        {RefTo(L"V-A04.dwg"), L"A1 1:50"  },
+        {byPath,              kModelSpace },
+        {RefTo(L"H-A03.dwg"), L"no layout"}
     };
     ExpectSelected(data, [&](const PlacedObject& object) {
         const std::wstring drawing = Value(object, L"Drawing");
@@ -639,22 +606,19 @@ TEST_F(Evaluation, ByLayoutsAndAreasInDrawings) {
     EXPECT_EQ(Selected(data).size(), Content().objects.size());
 
     const struct {
-        NameListInDwg ObjectSelection::Data::*list;
+        NameListInDwg Data::*list;
         Id PlacedObject::*area;
         const wchar_t* drawing;
         const wchar_t* name;
         const wchar_t* property;
     } cases[] = {
-        {&ObjectSelection::Data::selectionAreas,   &PlacedObject::selectionArea,   L"W-A02.dwg",   L"South",
-         L"Selection area"                                                                                                          },
-        {&ObjectSelection::Data::pages,            &PlacedObject::page,            L"V-A-AHU.dwg", L"3",                     L"Page"},
-        {&ObjectSelection::Data::switchboardAreas, &PlacedObject::switchboardArea, L"E-A02.dwg",   L"SB-A02.E",
-         L"Switchboard area"                                                                                                        },
-        {&ObjectSelection::Data::hostAreas,        &PlacedObject::hostArea,        L"V-A06.dwg",   L"Ceiling void 06 north",
-         L"Host area"                                                                                                               },
+        {&Data::selectionAreas,   &PlacedObject::selectionArea,   L"W-A02.dwg",   L"South",                 L"Selection area"  },
+        {&Data::pages,            &PlacedObject::page,            L"V-A-AHU.dwg", L"3",                     L"Page"            },
+        {&Data::switchboardAreas, &PlacedObject::switchboardArea, L"E-A02.dwg",   L"SB-A02.E",              L"Switchboard area"},
+        {&Data::hostAreas,        &PlacedObject::hostArea,        L"V-A06.dwg",   L"Ceiling void 06 north", L"Host area"       },
     };
     for (const auto& row : cases) {
-        SCOPED_TRACE(fs::path(row.property));
+        SCOPED_TRACE(row.property);
         data = BySet();
         (data.*row.list).entries = {
             {RefTo(row.drawing), row.name}
@@ -668,7 +632,7 @@ TEST_F(Evaluation, ByLayoutsAndAreasInDrawings) {
 }
 
 TEST_F(Evaluation, ByRulesOfWhichAllMustHold) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
     data.filterRules = {
         RuleOn(L"Air flow", {{Rule::Greater, L"20"},       {Rule::Less, L"60"}        }
          ),
@@ -690,7 +654,7 @@ TEST_F(Evaluation, ByRulesOfWhichAllMustHold) {
 }
 
 TEST_F(Evaluation, ACriterionCountsWhenItIsInForceAndNamesSomething) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
     EXPECT_EQ(Selected(data).size(), Content().objects.size());
     data.useRooms = data.useModelDrawings = data.usePartTypes = data.useSystems = true;
     data.fittingSeries = {1};
@@ -700,7 +664,7 @@ TEST_F(Evaluation, ACriterionCountsWhenItIsInForceAndNamesSomething) {
 }
 
 TEST_F(Evaluation, TheReportSaysWhereEachObjectIs) {
-    ObjectSelection::Data data = BySet();
+    Data data = BySet();
     data.currentDrawing = true;
     const auto objects = SelectedObjects(Project(), data, callback_->CurrentDrawing().id);
     const SimpleReport report = ReportOf(Project(), objects, Lng::Hpv);
@@ -720,30 +684,31 @@ TEST_F(Evaluation, AskingForManyDrawingsAndRoomsTakesNoLongerThanForFew) {
     const auto large = OpenSampleProject(folder_.File(L"large.ocproject"), 10);
     ASSERT_TRUE(large);
     const ProjectIndex index(*large);
-    ObjectSelection::Data few = BySet();
+    Data few = BySet();
     few.useModelDrawings = few.useRooms = true;
     few.modelDrawings = {RefOf(index, index.content.drawings.back())};
     few.rooms = {1};
-    ObjectSelection::Data many = few;
+    Data many = few;
     for (const Drawing& drawing : index.content.drawings)
         many.modelDrawings.push_back(RefOf(index, drawing));
     for (const Room& room : index.content.rooms)
         many.rooms.push_back(static_cast<std::int32_t>(room.id));
-    const auto milliseconds = [&](const ObjectSelection::Data& data) {
-        const auto start = std::chrono::steady_clock::now();
-        SelectedObjects(index, data, 1);
-        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    const auto milliseconds = [&](const Data& data) {
+        double shortest = 1e9;
+        for (int time = 0; time < 3; ++time) {
+            const double start = ProcessorTime();
+            SelectedObjects(index, data, 1);
+            shortest = std::min(shortest, ProcessorTime() - start);
+        }
+        return shortest;
     };
-    milliseconds(few);
-    const double shortest = std::min({milliseconds(few), milliseconds(few), milliseconds(few)});
-    const double longest = std::min({milliseconds(many), milliseconds(many), milliseconds(many)});
-    EXPECT_LT(longest, 20 * shortest + 50);
-    std::printf("%zu objects: %.1f ms for few, %.1f ms for all\n", index.content.objects.size(), shortest, longest);
+    const double forFew = milliseconds(few);
+    EXPECT_LT(milliseconds(many), 20 * forFew + 50) << forFew;
 }
 
 TEST_F(Evaluation, AnObjectsValuesAreTheSameEveryTime) {
     const PlacedObject& object = Content().objects[100];
-    const ProjectIndex again(project_);
+    const ProjectIndex again(*project_);
     for (const Property& property : Content().properties) {
         const std::wstring value = ValueOf(Project(), object, property);
         EXPECT_EQ(value, ValueOf(again, again.content.objects[100], property)) << property.id;
@@ -762,7 +727,7 @@ TEST_F(SelectionHost, TheSampleConfigurationsSelectSomething) {
             const RecordData record = callback_->Store().Load(entry.key);
             const auto selected = SelectedObjects(Project(), record.data, callback_->CurrentDrawing().id);
             EXPECT_TRUE(selected.size() > 5 && selected.size() < Content().objects.size() / 2)
-                << fs::path(entry.name.c_str()) << " " << selected.size();
+                << entry.name.c_str() << " " << selected.size();
             EXPECT_EQ(app == Lng::Schematics, !record.data.partTypesAlt.empty());
             ++checked;
         }
@@ -794,12 +759,12 @@ TEST_F(SelectionHost, SamplesThatDoNotFitTheProjectAreRefusedWithFileAndLine) {
         {"update_sets", "A\t1\tNo such selection"          },
     };
     for (const auto& bad : cases) {
-        const Status added = AddSampleSelections(project_, [&](std::string_view name) {
+        const Status added = AddSampleSelections(*project_, [&](std::string_view name) {
             return name == bad.first ? std::string_view(bad.second) : EmbeddedText(name);
         });
         ASSERT_FALSE(added) << bad.second;
         EXPECT_EQ(added.Error().kind, FailureKind::BadInput);
-        EXPECT_NE(added.Error().message.find(L"line 1"), std::wstring::npos) << fs::path(added.Error().message);
+        EXPECT_NE(added.Error().message.find(L"line 1"), std::wstring::npos) << added.Error().message;
     }
 }
 
@@ -822,7 +787,7 @@ TEST_F(SelectionHost, DrawingRecordsFollowTheProject) {
         database.releaseRec(stray);
         ASSERT_EQ(database.deleteRec(ObjectSelection::kDrawingRecord, "000002"), 0);
     }
-    ASSERT_TRUE(KeepDrawingRecords(project_));
+    ASSERT_TRUE(KeepDrawingRecords(*project_));
     const QBaseDb database(file_.c_str());
     EXPECT_FALSE(database.existRec(ObjectSelection::kDrawingRecord, "000099"));
     EXPECT_TRUE(database.existRec(ObjectSelection::kDrawingRecord, "000002"));

@@ -2,11 +2,11 @@
 
 #include <commctrl.h>
 #include <occommonui/CustomProperty.h>
-#include <orvatool/AskValueDlg.h>
 
 #include "host/ProjectTrees.h"
 #include "host/RecordText.h"
 #include "host/TourSteps.h"
+#include "host/dialogs/Choose.h"
 #include "host/dialogs/Families.h"
 
 namespace ochost {
@@ -33,41 +33,31 @@ std::wstring ToText(const ::CustomProperty::Data& data) {
     return text.Text();
 }
 
-/// Edits `data` and gives it to `store`, which answers with the record as the project now has it.
+/// Edits `data` and gives it to `store`, which returns the record as the project now has it or throws the Failure.
 template <class Store>
 Outcome Edit(DialogContext& context, ::CustomProperty::Data data, Store store) {
     const TREE_INSERTLIST properties = ValueOf(PropertyTree(context.project));
     context.reporter.Before(ToText(data));
     if (!::CustomProperty::Dlg::Options(context.parent, context.app, &properties, data)) return Outcome::Cancelled;
     return StoreEntered(context, [&] {
-        const CustomProperty stored = ValueOf(store(ToRecord(data)));
+        const CustomProperty stored = store(ToRecord(data));
         context.reporter.After(ToText(ToData(stored)));
         context.reporter.Log(L"stored custom property " + std::to_wstring(stored.id) + L" \"" + stored.name + L"\"");
     });
 }
 
 Outcome New(DialogContext& context) {
-    return Edit(context, {},
-                [&](const CustomProperty& property) { return context.project.CreateCustomProperty(property); });
-}
-
-/// Asks which of the project's custom properties is meant; null for none.
-const CustomProperty* Choose(DialogContext& context, const std::vector<CustomProperty>& properties) {
-    ValueList choices;
-    for (const CustomProperty& property : properties)
-        choices.emplace_back(property.name, property.id);
-    std::int64_t id = properties.empty() ? 0 : properties.front().id;
-    const int chosen =
-        AskValueDlg::Run(context.parent, context.app, L"Edit custom property", L"Custom property:", choices, id);
-    return chosen < 0 ? nullptr : &properties[static_cast<std::size_t>(chosen)];
+    return Edit(context, {}, [&](const CustomProperty& property) {
+        return ValueOf(context.project.CreateCustomProperty(property));
+    });
 }
 
 Outcome EditExisting(DialogContext& context) {
     const auto properties = ValueOf(context.project.CustomProperties());
-    const CustomProperty* chosen = Choose(context, properties);
+    const CustomProperty* chosen = ChooseRecord(context, L"Edit custom property", L"Custom property:", properties);
     if (!chosen) return Outcome::Cancelled;
-    return Edit(context, ToData(*chosen), [&](const CustomProperty& property) -> Result<CustomProperty> {
-        if (const Status status = context.project.UpdateCustomProperty(property); !status) return status.Error();
+    return Edit(context, ToData(*chosen), [&](const CustomProperty& property) {
+        Check(context.project.UpdateCustomProperty(property));
         return property;
     });
 }

@@ -3,7 +3,6 @@
 #include <commctrl.h>
 #include <occommonui/ReportTemplate.h>
 #include <occommonui/WarningReport.h>
-#include <orvatool/AskValueDlg.h>
 #include <shellapi.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include "host/RecordText.h"
 #include "host/ReportDefinitions.h"
 #include "host/TourSteps.h"
+#include "host/dialogs/Choose.h"
 #include "host/dialogs/Families.h"
 
 namespace ochost {
@@ -83,32 +83,25 @@ std::wstring NamesOf(const std::vector<ReportTemplate>& records) {
 
 const ReportTemplate* ChooseTemplate(DialogContext& context, const wchar_t* title,
                                      const std::vector<ReportTemplate>& records) {
-    ValueList choices;
-    for (const ReportTemplate& record : records)
-        choices.emplace_back(record.name, record.id);
-    std::int64_t id = records.empty() ? 0 : records.front().id;
-    const int chosen = AskValueDlg::Run(context.parent, context.app, title, L"Report template:", choices, id);
-    return chosen < 0 ? nullptr : &records[static_cast<std::size_t>(chosen)];
+    return ChooseRecord(context, title, L"Report template:", records);
 }
 
 std::optional<Kind> ChooseKind(DialogContext& context, const wchar_t* title,
                                const std::vector<ReportTemplate>& records) {
     std::vector<Kind> kinds;
-    ValueList choices;
+    std::vector<ustr> names;
     for (const Lng::AppID app : kApps) {
         for (const TypeName& type : kTypes) {
             const Kind& kind = kinds.emplace_back(Kind{app, type.type});
             const auto count = std::count_if(records.begin(), records.end(),
                                              [&](const ReportTemplate& record) { return IsOf(record, kind); });
-            choices.emplace_back(std::wstring(std::wstring_view(Lng::GetAppName(app, false))) + L", " + type.name +
-                                     L" (" + std::to_wstring(count) + L")",
-                                 std::ssize(choices));
+            names.emplace_back(Lng::GetAppName(app, false) + L", " + type.name + L" (" +
+                               std::to_wstring(count).c_str() + L")");
         }
     }
-    std::int64_t proposal = 0;
-    const int chosen = AskValueDlg::Run(context.parent, context.app, title, L"Templates of:", choices, proposal);
-    if (chosen < 0) return std::nullopt;
-    return kinds[static_cast<std::size_t>(chosen)];
+    const auto chosen = Choose(context, title, L"Templates of:", names);
+    if (!chosen) return std::nullopt;
+    return kinds[*chosen];
 }
 
 // ---- templates ----
@@ -120,7 +113,8 @@ std::optional<Kind> ChooseKind(DialogContext& context, const wchar_t* title,
     return offer;
 }
 
-/// Edits the template and gives it to `store`, which answers with the record as the project now has it.
+/// Edits the template and gives it to `store`, which returns the record as the project now has it or throws the
+/// Failure.
 template <class Store>
 Outcome Edit(DialogContext& context, const ReportTemplate& record, Store store) {
     ::ReportTemplate::Context offer = WhatIsOnOffer(context.project);
@@ -131,7 +125,7 @@ Outcome Edit(DialogContext& context, const ReportTemplate& record, Store store) 
         return Outcome::Cancelled;
     }
     return StoreEntered(context, [&] {
-        const ReportTemplate stored = ValueOf(store(ToRecord(definition, kind.app, kind.type)));
+        const ReportTemplate stored = store(ToRecord(definition, kind.app, kind.type));
         context.reporter.After(ToText(ToDefinition(stored)));
         context.reporter.Log(L"stored report template " + std::to_wstring(stored.id) + L" \"" + stored.name + L"\"");
     });
@@ -141,8 +135,8 @@ Outcome EditTemplate(DialogContext& context) {
     const auto records = ValueOf(context.project.ReportTemplates());
     const ReportTemplate* chosen = ChooseTemplate(context, L"Edit report template", records);
     if (!chosen) return Outcome::Cancelled;
-    return Edit(context, *chosen, [&](const ReportTemplate& record) -> Result<ReportTemplate> {
-        if (const Status status = context.project.UpdateReportTemplate(record); !status) return status.Error();
+    return Edit(context, *chosen, [&](const ReportTemplate& record) {
+        Check(context.project.UpdateReportTemplate(record));
         return record;
     });
 }
@@ -153,10 +147,8 @@ Outcome NewTemplate(DialogContext& context) {
     ReportTemplate empty;
     empty.app = kind->app;
     empty.type = kind->type;
-    return Edit(context, empty, [&](const ReportTemplate& record) -> Result<ReportTemplate> {
-        const auto created = context.project.CreateReportTemplates({record});
-        if (!created) return created.Error();
-        return created->front();
+    return Edit(context, empty, [&](const ReportTemplate& record) {
+        return ValueOf(context.project.CreateReportTemplates({record})).front();
     });
 }
 
@@ -171,13 +163,10 @@ std::wstring NameOf(const ValueList& properties, int id) {
 
 std::optional<std::size_t> ChooseColumn(DialogContext& context, const ReportDefinitionType& definition,
                                         const ValueList& properties) {
-    ValueList choices;
+    std::vector<ustr> names;
     for (std::int16_t i = 0; i < definition.columnCount; ++i)
-        choices.emplace_back(NameOf(properties, definition.columns[i].propId), i);
-    std::int64_t index = 0;
-    const int chosen = AskValueDlg::Run(context.parent, context.app, L"Edit report column", L"Column:", choices, index);
-    if (chosen < 0) return std::nullopt;
-    return static_cast<std::size_t>(chosen);
+        names.emplace_back(NameOf(properties, definition.columns[i].propId));
+    return Choose(context, L"Edit report column", L"Column:", names);
 }
 
 Outcome EditColumn(DialogContext& context) {
@@ -221,17 +210,19 @@ Outcome Export(DialogContext& context) {
     return Outcome::Confirmed;
 }
 
+/// How many templates of a file are imported at the most.
+constexpr std::size_t kMostImported = 500;
+
 /// The templates of a file that the user chooses; none when nothing was imported.
 std::vector<ReportTemplate> ImportedTemplates(HWND parent, const Kind& kind) {
-    constexpr int kMost = 50;
     // The import does not say how many it took; no template of a file has fewer than no columns.
     constexpr std::int16_t kNotTaken = -1;
-    std::vector<ReportDefinitionType> definitions(kMost);
+    std::vector<ReportDefinitionType> definitions(kMostImported);
     for (ReportDefinitionType& definition : definitions)
         definition.columnCount = kNotTaken;
     std::vector<ReportTemplate> records;
-    if (!::ReportTemplate::ImportFromXml(parent, kind.app, kind.type, definitions.data(), kMost,
-                                         sizeof(ReportDefinitionType))) {
+    if (!::ReportTemplate::ImportFromXml(parent, kind.app, kind.type, definitions.data(),
+                                         static_cast<int>(kMostImported), sizeof(ReportDefinitionType))) {
         return records;
     }
     for (const ReportDefinitionType& definition : definitions) {
@@ -250,6 +241,7 @@ Outcome Import(DialogContext& context) {
         context.reporter.After(NamesOf(stored));
         context.reporter.Log(L"imported " + std::to_wstring(stored.size()) + L" report templates, " +
                              std::to_wstring(stored.front().id) + L" to " + std::to_wstring(stored.back().id));
+        if (stored.size() == kMostImported) context.reporter.Log(L"the file may hold more, which were left out");
     });
 }
 
@@ -361,7 +353,7 @@ constexpr DialogEntry kDialogs[] = {
     {L"Reports", L"report-template-import", L"Import report templates",
      L"Adds the templates of a kind of report from an XML file.",                                                     Import,           TourImport      },
     {L"Reports", L"warning-report",         L"Warning report",
-     L"Shows 500 warnings about the project's parts, to search and zoom to.",                                         ShowWarnings,     TourWarnings    },
+     L"Shows warnings about the project's parts, to search and zoom to.",                                             ShowWarnings,     TourWarnings    },
     {L"Reports", L"warning-notification",   L"Warning notification",
      L"Tells of the warnings with a balloon, which opens the report.",                                                NotifyOfWarnings, TourNotification},
 };

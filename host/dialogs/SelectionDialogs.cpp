@@ -3,11 +3,11 @@
 #include <commctrl.h>
 #include <occommonui/ObjectSelection.h>
 #include <occommonui/ObjectSelectionCmd.h>
-#include <orvatool/AskValueDlg.h>
 #include <orvatool/SimpleReportOuputDlg.h>
 
 #include "host/TourSteps.h"
 #include "host/Utf.h"
+#include "host/dialogs/Choose.h"
 #include "host/dialogs/Families.h"
 #include "host/selection/Evaluation.h"
 #include "host/selection/SelectionCallback.h"
@@ -55,14 +55,8 @@ Outcome EditCriteria(DialogContext& context) {
 /// The configuration that the user chooses; without a key for none.
 ObjectSelection::RecordData ChooseConfiguration(DialogContext& context, SelectionCallback& callback) {
     const auto configurations = callback.Store().Configurations();
-    ValueList choices;
-    for (const ObjectSelection::PresetEntry& configuration : configurations)
-        choices.emplace_back(configuration.name, std::ssize(choices));
-    std::int64_t proposal = 0;
-    const int chosen =
-        AskValueDlg::Run(context.parent, context.app, L"Edit selection", L"Selection:", choices, proposal);
-    if (chosen < 0) return {};
-    return callback.Store().Load(configurations[static_cast<std::size_t>(chosen)].key);
+    const auto* chosen = ChooseRecord(context, L"Edit selection", L"Selection:", configurations);
+    return chosen ? callback.Store().Load(chosen->key) : ObjectSelection::RecordData();
 }
 
 Outcome EditRecord(DialogContext& context) {

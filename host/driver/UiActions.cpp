@@ -28,12 +28,6 @@ std::string Narrow(const std::wstring& text) {
     return result;
 }
 
-std::wstring ClassName(HWND window) {
-    wchar_t name[64] = L"";
-    GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    return name;
-}
-
 void RequireUsable(HWND window, const std::string& what) {
     if (!IsWindowVisible(window)) throw ActionError(what + " is hidden");
     if (!IsWindowEnabled(window)) throw ActionError(what + " is disabled");
@@ -209,6 +203,12 @@ int CountWindows() {
 
 }  // namespace
 
+bool IsOfClass(HWND window, std::wstring_view className) {
+    wchar_t name[64] = L"";
+    const int length = GetClassNameW(window, name, static_cast<int>(std::size(name)));
+    return CompareStringOrdinal(name, length, className.data(), static_cast<int>(className.size()), TRUE) == CSTR_EQUAL;
+}
+
 std::wstring Text(HWND window) {
     std::wstring text(static_cast<std::size_t>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
     const LRESULT length = SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()));
@@ -230,7 +230,7 @@ void SetText(HWND dlg, int ctrlId, const std::wstring& text) {
     HWND edit = UsableControl(dlg, ctrlId);
     COMBOBOXINFO combo{};
     combo.cbSize = sizeof(combo);
-    if (ClassName(edit) == WC_COMBOBOXW && GetComboBoxInfo(edit, &combo)) edit = combo.hwndItem;
+    if (IsOfClass(edit, WC_COMBOBOXW) && GetComboBoxInfo(edit, &combo)) edit = combo.hwndItem;
     SendMessageW(dlg, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(edit), TRUE);
     SendMessageW(edit, EM_SETSEL, 0, -1);
     if (text.empty()) return Key(VK_DELETE);
@@ -322,7 +322,7 @@ std::vector<std::wstring> ListColumn(HWND list, int column) {
 void ChooseFile(HWND dlg, const std::wstring& path) {
     HWND edit = nullptr;
     const auto look = [](HWND child, LPARAM result) -> BOOL {
-        if (!IsWindowVisible(child) || ClassName(child) != WC_EDITW) return TRUE;
+        if (!IsWindowVisible(child) || !IsOfClass(child, WC_EDITW)) return TRUE;
         *reinterpret_cast<HWND*>(result) = child;
         return FALSE;
     };

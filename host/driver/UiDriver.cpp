@@ -10,14 +10,8 @@ namespace {
 constexpr UINT kTickMs = 10;
 constexpr ULONGLONG kPatienceMs = 20'000;
 
-bool IsDialog(HWND window) {
-    wchar_t name[16] = L"";
-    GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    return std::wstring_view(name) == L"#32770";
-}
-
 bool IsOpen(HWND window) {
-    return IsDialog(window) && IsWindowVisible(window);
+    return IsOfClass(window, L"#32770") && IsWindowVisible(window);
 }
 
 bool Contains(const std::vector<HWND>& windows, HWND window) {

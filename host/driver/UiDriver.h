@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Drives dialogs inside this process as a user would: steps run from a timer, one a tick, so they go on inside every
@@ -56,6 +57,8 @@ HWND TopDialog();
 /// All visible top-level dialogs of this thread.
 std::vector<HWND> OpenDialogs();
 
+/// In any case of letters.
+bool IsOfClass(HWND window, std::wstring_view className);
 std::wstring Text(HWND window);
 /// The control of that id; throws when it is missing.
 HWND Control(HWND dlg, int ctrlId);

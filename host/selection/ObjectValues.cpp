@@ -78,10 +78,6 @@ std::wstring Side(const std::wstring& size, int side) {
     return NumberOrNone(LeadingNumber(side == 0 ? size : size.substr(cross + 1)));
 }
 
-std::wstring SeriesOf(const PartType& part) {
-    return part.code.substr(0, part.code.find_first_of(L"-."));
-}
-
 struct Known {
     std::int32_t property;
     std::wstring (*value)(const Subject&);

@@ -57,6 +57,13 @@ std::wstring KindOf(const std::wstring& code) {
     return kind;
 }
 
+/// The id of a property that the project has, from the beginning of the text.
+std::int32_t PropertyIn(const std::wstring& text, const ProjectIndex& project, const DataRecord& record) {
+    const auto id = static_cast<std::int32_t>(std::wcstol(text.c_str(), nullptr, 10));
+    if (!project.properties[id]) record.Refuse(L"there is no property of \"" + text + L"\"");
+    return id;
+}
+
 class SelectionReader {
 public:
     SelectionReader(const ProjectIndex& project, const DataRecord& record) : project_(project), record_(record) {}
@@ -86,31 +93,37 @@ private:
         for (const R& record : records) {
             if (Has(names, nameOf(record))) ids.push_back(static_cast<std::int32_t>(record.id));
         }
-        if (!names.empty() && ids.empty()) record_.Refuse(L"there is none of \"" + record_.Text(field) + L"\"");
-        return !names.empty();
+        return IsNamed(field, ids.empty());
+    }
+
+    /// Whether there are names in the field, of which some must have been found.
+    bool IsNamed(Field field, bool noneFound) const {
+        const bool named = !record_.Text(field).empty();
+        if (named && noneFound) record_.Refuse(L"there is none of \"" + record_.Text(field) + L"\"");
+        return named;
     }
 
     void ReadDrawings(ObjectSelection::Data& data) const {
         const Names disciplines = record_.List(kDrawings);
-        data.useModelDrawings = !disciplines.empty();
         for (const Drawing& drawing : project_.content.drawings) {
             if (Has(disciplines, project_.disciplines[drawing.discipline]->code)) {
                 data.modelDrawings.push_back(RefOf(project_, drawing));
             }
         }
+        data.useModelDrawings = IsNamed(kDrawings, data.modelDrawings.empty());
     }
 
     void ReadRooms(ObjectSelection::Data& data) const {
         const Names kinds = record_.List(kRooms);
         const Names floors = record_.List(kFloors);
-        data.useRooms = !kinds.empty() || !floors.empty();
-        if (!data.useRooms) return;
+        if (kinds.empty() && floors.empty()) return;
         for (const Room& room : project_.content.rooms) {
             if ((kinds.empty() || Has(kinds, room.name)) &&
                 (floors.empty() || Has(floors, project_.floors[room.floor]->code))) {
                 data.rooms.push_back(static_cast<std::int32_t>(room.id));
             }
         }
+        data.useRooms = IsNamed(kinds.empty() ? kFloors : kRooms, data.rooms.empty());
     }
 
     std::set<Id> Groups() const {
@@ -122,7 +135,7 @@ private:
             if (groups.contains(group.parent) || Has(wanted, path)) groups.insert(group.id);
             paths.emplace(group.id, path);
         }
-        if (!wanted.empty() && groups.empty()) record_.Refuse(L"there is no group \"" + record_.Text(kGroups) + L"\"");
+        IsNamed(kGroups, groups.empty());
         return groups;
     }
 
@@ -146,8 +159,7 @@ private:
                                        [&](const Word& row) { return operation == std::wstring(L" ") + row.name; });
         if (word == std::end(kOperations)) record_.Refuse(L"\"" + text + L"\" is no rule");
         Rule rule;
-        rule.propId = static_cast<std::int32_t>(std::wcstol(text.c_str(), nullptr, 10));
-        if (!project_.properties[rule.propId]) record_.Refuse(L"there is no property of \"" + text + L"\"");
+        rule.propId = PropertyIn(text, project_, record_);
         Rule::Criterion& criterion = rule.criteria.emplace_back();
         criterion.operation = static_cast<short>(word->number);
         criterion.value = std::wstring_view(text).substr(std::min(second + 1, text.size()));
@@ -172,13 +184,14 @@ DataByName AddConfigurations(ProjectStore& project, const ProjectIndex& index, c
     return added;
 }
 
-void AddUpdateSets(const ProjectStore& project, const DataByName& selections, const TextSource& texts) {
+void AddUpdateSets(const ProjectStore& project, const ProjectIndex& index, const DataByName& selections,
+                   const TextSource& texts) {
     QBaseDb database(project.Path().c_str());
     for (const DataRecord& record : ReadData(texts, "update_sets", 3)) {
         UpdateDwgData::PrjDb::OptionsRec set;
         set.name = std::wstring_view(record.Text(0));
         for (const std::wstring& id : record.List(1))
-            set.options.properties.insert(std::wcstol(id.c_str(), nullptr, 10));
+            set.options.properties.insert(PropertyIn(id, index, record));
         if (const std::wstring name = record.Text(2); !name.empty()) {
             const auto selection = selections.find(name);
             if (selection == selections.end()) record.Refuse(L"there is no selection \"" + name + L"\"");
@@ -194,7 +207,7 @@ void AddUpdateSets(const ProjectStore& project, const DataByName& selections, co
 
 Status AddSampleSelections(ProjectStore& project, const TextSource& texts) try {
     const ProjectIndex index(project);
-    AddUpdateSets(project, AddConfigurations(project, index, texts), texts);
+    AddUpdateSets(project, index, AddConfigurations(project, index, texts), texts);
     return Done{};
 } catch (const Failure& failure) {
     return failure;

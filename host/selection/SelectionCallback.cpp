@@ -12,7 +12,6 @@
 #include <set>
 #include <unordered_map>
 
-#include "host/ProjectTrees.h"
 #include "host/Utf.h"
 #include "host/selection/Evaluation.h"
 #include "host/selection/ObjectValues.h"
@@ -220,13 +219,12 @@ std::int64_t SelectionCallback::GetConfigurations(const Parameters& parameters) 
 // ---- drawings ----
 
 std::int64_t SelectionCallback::ManageDrawings(const Parameters& parameters) {
-    const TREE_INSERTLIST drawings = ValueOf(DrawingTree(store_));
+    project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));
     Id chosen = CurrentDrawing().id;
-    const int row =
-        AskValueDlg::Run(parameters.WWindow(), app_, L"Model drawings", L"Add or remove:", drawings, chosen);
+    const int row = AskValueDlg::Run(parameters.WWindow(), app_, L"Model drawings", L"Drawing to add or remove:",
+                                     ModelDrawingTree(project_), chosen);
     const Drawing* drawing = row < 0 ? nullptr : project_.drawings[chosen];
     if (!drawing) return 0;
-    project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));
     const bool wasModel = project_.IsModelDrawing(chosen);
     Check(store_.SetModelDrawing(chosen, !wasModel));
     project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));

@@ -4,6 +4,7 @@
 
 #include <charconv>
 
+#include "host/StoreFailures.h"
 #include "host/Utf.h"
 #include "host/selection/ProjectIndex.h"
 
@@ -90,7 +91,7 @@ StoredSelection SelectionStore::Find(const astr& key) const {
     for (StoredSelection& selection : ValueOf(project_.Selections())) {
         if (selection.app == app_ && !selection.name.empty() && KeyOf(selection) == key) return std::move(selection);
     }
-    throw Failure{FailureKind::NotFound, L"The configuration was removed in the meantime. Refresh the list."};
+    throw RemovedRecord(L"configuration");
 }
 
 /// With an id of 0 when there is none.

@@ -83,7 +83,7 @@ TREE_INSERTLIST DisciplineTree(const ProjectIndex& project, const std::vector<R>
     return tree;
 }
 
-/// Takes out what is not the application's, and what then has nothing below it.
+/// Takes out the headings that have nothing below them.
 TREE_INSERTLIST WithoutEmptyGroups(const TREE_INSERTLIST& tree) {
     std::vector<bool> kept(tree.size());
     int wantedLevel = 0;  // what stands one level above a row that is kept
@@ -115,6 +115,22 @@ TREE_INSERTLIST SystemTree(const ProjectIndex& project, Lng::AppID app) {
 
 TREE_INSERTLIST FittingSeriesTree(const ProjectIndex& project, Lng::AppID app) {
     return DisciplineTree(project, project.content.fittingSeries, app);
+}
+
+TREE_INSERTLIST ModelDrawingTree(const ProjectIndex& project) {
+    auto byFolder = By(project.content.drawings, &Drawing::folder);
+    TREE_INSERTLIST tree;
+    for (const bool inModel : {true, false}) {
+        AddRow(tree, 0, 0, inModel ? L"In the model" : L"Not in the model");
+        for (const Folder& folder : project.content.folders) {
+            AddRow(tree, 1 + folder.level, 0, folder.name);
+            for (const Drawing* drawing : byFolder[folder.id]) {
+                if (project.IsModelDrawing(drawing->id) != inModel) continue;
+                AddRow(tree, 2 + folder.level, drawing->id, drawing->fileName);
+            }
+        }
+    }
+    return WithoutEmptyGroups(tree);
 }
 
 TREE_INSERTLIST PartTypeTree(const ProjectIndex& project, Lng::AppID app) {

@@ -17,6 +17,9 @@ TREE_INSERTLIST ZoneTree(const ProjectIndex& project, Id floor = 0);
 TREE_INSERTLIST SystemTree(const ProjectIndex& project, Lng::AppID app);
 TREE_INSERTLIST FittingSeriesTree(const ProjectIndex& project, Lng::AppID app);
 
+/// The drawings by folder: first those that are in the model, then those that are not.
+TREE_INSERTLIST ModelDrawingTree(const ProjectIndex& project);
+
 /// The part types of the application by group; groups without any are left out.
 TREE_INSERTLIST PartTypeTree(const ProjectIndex& project, Lng::AppID app);
 

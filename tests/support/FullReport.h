@@ -1,8 +1,10 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <occommonui/ReportFilter.h>
 
 #include <cstring>
+#include <string>
 #include <string_view>
 #include <tuple>
 
@@ -58,6 +60,21 @@ inline ReportFilter FullFilter() {
     filter.ReportDefinitionType = FullDefinition();
     filter.ReportOutputFile = L"C:\\Ty\u00f6t\\\U0001F600.txt";
     return filter;
+}
+
+/// A filter that could not be read.
+inline ReportFilter Reset() {
+    ReportFilter filter = FullFilter();
+    filter.reset(false);
+    return filter;
+}
+
+/// Its document.
+template <class Record>
+std::string TextOf(const Record& record) {
+    std::string text;
+    EXPECT_TRUE(record.ToXml(text));
+    return text;
 }
 
 inline bool Same(const ReportDefinitionType& a, const ReportDefinitionType& b) {

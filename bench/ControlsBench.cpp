@@ -99,20 +99,12 @@ void Keystroke(benchmark::State& state) {
     }
 }
 
-BENCHMARK(FillOurs)
-    ->Name("FillTree/ours")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(50'000)
-    ->Unit(benchmark::kMillisecond)
-    ->MinTime(0.2);
-BENCHMARK(FillBare)
-    ->Name("FillTree/bare")
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(50'000)
-    ->Unit(benchmark::kMillisecond)
-    ->MinTime(0.2);
+void Sizes(benchmark::internal::Benchmark* bench) {
+    bench->Arg(1'000)->Arg(10'000)->Arg(50'000)->Unit(benchmark::kMillisecond)->MinTime(0.2);
+}
+
+BENCHMARK(FillOurs)->Name("FillTree/ours")->Apply(Sizes);
+BENCHMARK(FillBare)->Name("FillTree/bare")->Apply(Sizes);
 BENCHMARK(Keystroke)->Name("FilterKeystroke")->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond)->MinTime(0.2);
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "BareList.h"
 #include "BareTree.h"
 #include "PaintAndClose.h"
 #include "Paired.h"
@@ -37,22 +38,17 @@ TREE_INSERTLIST Properties() {
     return list;
 }
 
-INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
-    RECT rect = item.rcItem;
-    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_WINDOW));
-    ImageList_Draw(ImageLib::GetImageList(), ImageLib::GetImage(ImageLib::Property), item.hDC, rect.left, rect.top,
-                   ILD_TRANSPARENT);
-    for (const int left : {20, 140}) {
-        rect.left = left;
-        DrawTextW(item.hDC, L"Property", -1, &rect, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    }
-    return TRUE;
+INT_PTR DrawBare(const DRAWITEMSTRUCT& item) {
+    const INT_PTR drawn = DrawRowBare(item, L"Property", {20, 140});
+    ImageList_Draw(ImageLib::GetImageList(), ImageLib::GetImage(ImageLib::Property), item.hDC, item.rcItem.left,
+                   item.rcItem.top, ILD_TRANSPARENT);
+    return drawn;
 }
 
 // The same content: as many rows, the same images.
 INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dlg, 0);
-    if (message == WM_DRAWITEM) return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    if (message == WM_DRAWITEM) return DrawBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     if (message != WM_INITDIALOG) return FALSE;
     SetWindowTextW(dlg, L"Custom property - OrvaCAD HPV");
     for (int id = IDC_CUSTOMPROPERTY_NAME_LBL; id <= IDC_CUSTOMPROPERTY_PREVIEW; ++id) {
@@ -64,13 +60,7 @@ INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lPa
     TreeView_SetImageList(tree, ImageLib::GetImageList(), TVSIL_NORMAL);
     FillTreeBare(tree, *reinterpret_cast<const TREE_INSERTLIST*>(lParam));
     const HWND list = GetDlgItem(dlg, IDC_CUSTOMPROPERTY_LIST);
-    for (int column = 0; column < 2; ++column) {
-        LVCOLUMNW info{};
-        info.mask = LVCF_WIDTH | LVCF_TEXT;
-        info.cx = 120;
-        info.pszText = const_cast<wchar_t*>(L"Column");
-        ListView_InsertColumn(list, column, &info);
-    }
+    AddColumnsBare(list, {120, 120});
     ListView_SetItemCount(list, kItems);
     return TRUE;
 }

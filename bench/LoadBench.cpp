@@ -8,8 +8,8 @@ namespace {
 void Load(benchmark::State& state) {
     for (auto _ : state) {
         const HMODULE module = LoadLibraryW(L"occommonui.dll");
-        if (!module) state.SkipWithError("occommonui.dll does not load");
-        if (module) FreeLibrary(module);
+        if (!module) return state.SkipWithError("occommonui.dll does not load");
+        FreeLibrary(module);
     }
 }
 

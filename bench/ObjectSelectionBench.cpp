@@ -295,25 +295,67 @@ HWND CreateTreeBare(HWND dlg, const TREE_INSERTLIST& rows) {
     return tree;
 }
 
-// The check box of the one heading is clicked, until everything is painted; against setting the state of each row below
-// it.
+/// Handles messages until `isDone`.
+template <class Condition>
+void HandleMessagesUntil(HWND dlg, Condition isDone, const char* what) {
+    constexpr ULONGLONG kPatienceMs = 5000;
+    const ULONGLONG start = GetTickCount64();
+    while (!isDone() && GetTickCount64() - start < kPatienceMs)
+        HandleMessages(dlg, 0);
+    Check(isDone(), what);
+}
+
+/// How many messages a window has been sent. A subclass of the common controls would look itself up for each.
+class MessageCount {
+public:
+    explicit MessageCount(HWND window) : window_(window), next_(Procedure(window)) {
+        instance_ = this;
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Count));
+    }
+    ~MessageCount() { SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(next_)); }
+    MessageCount(const MessageCount&) = delete;
+    MessageCount& operator=(const MessageCount&) = delete;
+
+    void Restart() { count_ = 0; }
+    std::int64_t Get() const { return count_; }
+
+private:
+    static WNDPROC Procedure(HWND window) { return reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC)); }
+    static LRESULT CALLBACK Count(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        ++instance_->count_;
+        return CallWindowProcW(instance_->next_, window, message, wParam, lParam);
+    }
+
+    static inline MessageCount* instance_ = nullptr;
+    HWND window_;
+    WNDPROC next_;
+    std::int64_t count_ = 0;
+};
+
+// The check box of the one heading is clicked, until the checks below it are seen ("shown") and until the tree has all
+// rows again; against setting the state of each row below it. The messages for a row tell how the work grows: a tree
+// may need longer for each the more rows it has.
 void CheckHeading(benchmark::State& state) {
     const std::int64_t count = state.range(0);
+    std::vector<double> shown;
+    std::int64_t messages = 0;
     Project project(count, count);
     project.Open([&](HWND dlg) {
         const HWND tree = ItemTree(dlg);
         const HWND bareTree = CreateTreeBare(dlg, project.Rooms());
         HandleMessages(dlg);
+        MessageCount sent(tree);
         const auto click = [&] {
             const int before = gwTVgetCheck(tree, FirstBelow(tree));
-            uidriver::ClickTreeItem(tree, TreeView_GetRoot(tree), true);
             const auto isShown = [&] { return gwTVgetCheck(tree, FirstBelow(tree)) != before; };
-            constexpr ULONGLONG kPatienceMs = 5000;
-            const ULONGLONG start = GetTickCount64();
-            do
-                HandleMessages(dlg, 0);
-            while (!isShown() && GetTickCount64() - start < kPatienceMs);
-            Check(isShown(), "The rooms are not checked");
+            const auto isWhole = [&] { return TreeView_GetCount(tree) > count; };
+            sent.Restart();
+            const auto start = Clock::now();
+            uidriver::ClickTreeItem(tree, TreeView_GetRoot(tree), true);
+            HandleMessagesUntil(dlg, isShown, "The rooms are not checked");
+            shown.push_back(Milliseconds(Clock::now() - start));
+            HandleMessagesUntil(dlg, isWhole, "There are not all rooms");
+            messages = sent.Get();
         };
         const auto turn = [&] {
             TurnChecksBare(bareTree);
@@ -321,6 +363,8 @@ void CheckHeading(benchmark::State& state) {
         };
         RunPaired(state, click, turn);
     });
+    Report(state, "shown", shown);
+    state.counters["messages_per_row"] = static_cast<double>(messages) / static_cast<double>(count);
     state.counters["us_per_row"] = 1000 * state.counters["ours_ms"].value / static_cast<double>(count);
 }
 

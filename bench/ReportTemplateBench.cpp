@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string>
 
+#include "BareList.h"
 #include "BareTree.h"
 #include "PaintAndClose.h"
 #include "Paired.h"
@@ -65,27 +66,11 @@ UINT StateOf(const TREE_INSERTITEM& row) {
     return group % kIncluded ? 1 : 2;
 }
 
-INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
-    RECT rect = item.rcItem;
-    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_WINDOW));
-    for (const int left : {0, 140, 190}) {
-        rect.left = left;
-        DrawTextW(item.hDC, L"Attribute", -1, &rect, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    }
-    return TRUE;
-}
-
 void FillListsBare(HWND dlg) {
     const HWND attributes = GetDlgItem(dlg, IDC_REPORTTEMPLATE_ATTRIBUTES);
     const HWND columns = GetDlgItem(dlg, IDC_REPORTTEMPLATE_COLUMNS);
-    LVCOLUMNW info{};
-    info.mask = LVCF_WIDTH | LVCF_TEXT;
-    info.cx = 200;
-    info.pszText = const_cast<wchar_t*>(L"Column");
-    ListView_InsertColumn(attributes, 0, &info);
-    info.cx = 90;
-    for (int column = 0; column < 3; ++column)
-        ListView_InsertColumn(columns, column, &info);
+    AddColumnsBare(attributes, {200});
+    AddColumnsBare(columns, {90, 90, 90});
     for (const HWND list : {attributes, columns})
         ListView_SetExtendedListViewStyle(list, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
     ListView_SetItemCount(attributes, kAttributes);
@@ -125,7 +110,7 @@ INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lPa
             if (LOWORD(wParam) == IDCANCEL) EndDialog(dlg, 0);
             return FALSE;
         case WM_DRAWITEM:
-            return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+            return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam), L"Attribute", {0, 140, 190});
         case WM_NOTIFY: {
             auto& info = *reinterpret_cast<NMLVDISPINFOW*>(lParam);
             if (info.hdr.code == LVN_GETDISPINFOW && (info.item.mask & LVIF_TEXT))

@@ -92,10 +92,12 @@ void BareRead(const char* xml, ReportDefinitionType& definition) {
     BareText<&ReportDefinitionType::name>(root, "name", definition);
     BareText<&ReportDefinitionType::description>(root, "description", definition);
     const TiXmlElement* group = root.FirstChildElement("Groups")->FirstChildElement("Group");
-    for (; group && definition.groupCount < 200; group = group->NextSiblingElement("Group"))
+    for (; group && definition.groupCount < ReportDefinitionType::kMaxGroups;
+         group = group->NextSiblingElement("Group"))
         definition.groups[definition.groupCount++] = BareInt<int>(*group, "id");
     const TiXmlElement* column = root.FirstChildElement("Columns")->FirstChildElement("Column");
-    for (; column && definition.columnCount < 200; column = column->NextSiblingElement("Column"))
+    for (; column && definition.columnCount < ReportDefinitionType::kMaxColumns;
+         column = column->NextSiblingElement("Column"))
         BareColumn(*column, definition.columns[definition.columnCount++]);
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "BareList.h"
 #include "PaintAndClose.h"
 #include "Paired.h"
 #include "toolkit/orvatool/resources/orvatool_ids.h"
@@ -91,32 +92,16 @@ void Watch() {
     PaintAndCloseDialogs();
 }
 
-INT_PTR DrawRowBare(const DRAWITEMSTRUCT& item) {
-    RECT rect = item.rcItem;
-    FillRect(item.hDC, &rect, GetSysColorBrush(COLOR_WINDOW));
-    for (const int left : {0, 200}) {
-        rect.left = left;
-        DrawTextW(item.hDC, kText, -1, &rect, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-    }
-    return TRUE;
-}
-
 INT_PTR CALLBACK BareProcedure(HWND dlg, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) EndDialog(dlg, 0);
-    if (message == WM_DRAWITEM) return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    if (message == WM_DRAWITEM) return DrawRowBare(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam), kText, {0, 200});
     if (message != WM_INITDIALOG) return FALSE;
     SetWindowTextW(dlg, L"Warnings - OrvaCAD HPV");
     for (const int id : {IDC_SIMPLEREPORT_SEARCH_LBL, IDC_SIMPLEREPORT_COUNT, IDC_SIMPLEREPORT_ZOOM,
                          IDC_SIMPLEREPORT_COPY, IDC_SIMPLEREPORT_SAVE, IDCANCEL})
         SetDlgItemTextW(dlg, id, L"&Some text");
     const HWND list = GetDlgItem(dlg, IDC_SIMPLEREPORT_LIST);
-    for (const int width : {200, 600}) {
-        LVCOLUMNW column{};
-        column.mask = LVCF_WIDTH | LVCF_TEXT;
-        column.cx = width;
-        column.pszText = const_cast<wchar_t*>(L"Column");
-        ListView_InsertColumn(list, width, &column);
-    }
+    AddColumnsBare(list, {200, 600});
     ListView_SetItemCount(list, static_cast<int>(lParam));
     return TRUE;
 }

@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -42,14 +43,19 @@ private:
 
 }  // namespace
 
-extern "C" int wmain() {
-    char program[] = "bench";
-    char interleave[] = "--benchmark_enable_random_interleaving=true";
-    char repetitions[] = "--benchmark_repetitions=11";
-    char aggregates[] = "--benchmark_display_aggregates_only=true";
-    char* arguments[] = {program, interleave, repetitions, aggregates, nullptr};
-    int count = 4;
-    benchmark::Initialize(&count, arguments);
+// Arguments such as --benchmark_filter=NAME go to the library.
+extern "C" int wmain(int count, wchar_t** arguments) {
+    std::vector<std::string> own{"bench", "--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=11",
+                                 "--benchmark_display_aggregates_only=true"};
+    for (int i = 1; i < count; ++i)
+        own.push_back(std::filesystem::path(arguments[i]).string());
+    std::vector<char*> pointers;
+    pointers.reserve(own.size());
+    for (std::string& argument : own)
+        pointers.push_back(argument.data());
+    int left = static_cast<int>(pointers.size());
+    benchmark::Initialize(&left, pointers.data());
+    if (benchmark::ReportUnrecognizedArguments(left, pointers.data())) return 1;
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     return 0;

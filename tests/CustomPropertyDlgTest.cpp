@@ -47,10 +47,17 @@ Texts Rows(HWND dlg) {
 
 class CustomPropertyDlgTest : public DialogTest {
 protected:
-    bool Run(const TREE_INSERTLIST* properties) {
-        return RunSteps([&] { return CustomProperty::Dlg::Options(parent_, Lng::Hpv, properties, data_); });
+    bool Open(const TREE_INSERTLIST* properties) {
+        return CustomProperty::Dlg::Options(parent_, Lng::Hpv, properties, data_);
     }
-    bool Run() { return Run(&properties_); }
+    bool Run() {
+        return RunSteps([this] { return Open(&properties_); });
+    }
+    /// Presses OK behind the steps.
+    void Confirm() {
+        Press(IDOK);
+        EXPECT_TRUE(Run());
+    }
 
     TREE_INSERTLIST properties_ = Properties();
     Data data_ = Record();
@@ -67,8 +74,7 @@ TEST_F(CustomPropertyDlgTest, ShowsTheRecordAndGivesItBackUnchangedOnOk) {
         EXPECT_EQ(Shown(dlg, IDC_CUSTOMPROPERTY_PREVIEW), L"L = Length, Unknown property 77");
         EXPECT_EQ(GetFocus(), uidriver::Control(dlg, IDC_CUSTOMPROPERTY_NAME));
     });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_TRUE(Same(data_, Record()));
 }
 
@@ -87,8 +93,7 @@ TEST_F(CustomPropertyDlgTest, AnEmptyNameKeepsTheDialogOpenWithTheFocusOnTheName
     Step([](HWND dlg) { SetFocus(Tree(dlg)); });
     ExpectRefused(IDC_CUSTOMPROPERTY_NAME);
     Enter(IDC_CUSTOMPROPERTY_NAME, L"New name");
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(data_.name, L"New name");
     EXPECT_EQ(data_.format, Record().format);
 }
@@ -98,8 +103,7 @@ TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindThe
     Step([](HWND dlg) { ClickInTree(Tree(dlg), L"Height"); });
     Press(IDC_CUSTOMPROPERTY_ADD);
     Step([](HWND dlg) {
-        const HTREEITEM item = uidriver::FindTreeItem(Tree(dlg), L"Length");
-        uidriver::ClickTreeItem(Tree(dlg), item, false, true);
+        uidriver::ClickTreeItem(Tree(dlg), uidriver::FindTreeItem(Tree(dlg), L"Length"), false, true);
     });
     Step([](HWND dlg) {
         EXPECT_EQ(Rows(dlg), (Texts{L"Height", L"Length"}));
@@ -117,8 +121,7 @@ TEST_F(CustomPropertyDlgTest, AddsPropertiesByButtonDoubleClickAndEnterBehindThe
         EXPECT_EQ(uidriver::TopDialog(), dlg) << "Enter in the tree must not press OK";
         EXPECT_EQ(Rows(dlg), (Texts{L"Height", L"Débit d'air", L"Length"}));
     });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(data_.format, L"{13}{20}{12}");
 }
 
@@ -147,16 +150,14 @@ TEST_F(CustomPropertyDlgTest, SearchNarrowsTheTreeAndEnterAddsTheMatch) {
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"Débit d'air"})); });
     Enter(IDC_CUSTOMPROPERTY_SEARCH, L"");
     Step([](HWND dlg) { EXPECT_NE(uidriver::FindTreeItem(Tree(dlg), L"Length"), nullptr); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(data_.format, L"{20}");
 }
 
 TEST_F(CustomPropertyDlgTest, OrdersAndRemovesByButtonsAndKeys) {
     Step([](HWND dlg) {
-        for (const int id : {IDC_CUSTOMPROPERTY_UP, IDC_CUSTOMPROPERTY_DOWN, IDC_CUSTOMPROPERTY_REMOVE}) {
+        for (const int id : {IDC_CUSTOMPROPERTY_UP, IDC_CUSTOMPROPERTY_DOWN, IDC_CUSTOMPROPERTY_REMOVE})
             EXPECT_FALSE(Enabled(dlg, id)) << "nothing is selected yet";
-        }
     });
     Step([](HWND dlg) { uidriver::ClickListRow(List(dlg), 3); });
     Step([](HWND dlg) {
@@ -174,10 +175,11 @@ TEST_F(CustomPropertyDlgTest, OrdersAndRemovesByButtonsAndKeys) {
     Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"L = ", L"Length", L"Unknown property 77", L", "})); });
     Key(VK_DELETE);
     Press(IDC_CUSTOMPROPERTY_REMOVE);
-    Step([](HWND dlg) { EXPECT_EQ(Rows(dlg), (Texts{L"L = ", L"Length"})); });
-    Step([](HWND dlg) { EXPECT_EQ(Shown(dlg, IDC_CUSTOMPROPERTY_PREVIEW), L"L = Length"); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Step([](HWND dlg) {
+        EXPECT_EQ(Rows(dlg), (Texts{L"L = ", L"Length"}));
+        EXPECT_EQ(Shown(dlg, IDC_CUSTOMPROPERTY_PREVIEW), L"L = Length");
+    });
+    Confirm();
     EXPECT_EQ(data_.format, L"L = {12|mm}");
 }
 
@@ -188,8 +190,7 @@ TEST_F(CustomPropertyDlgTest, DeleteInTheNameDeletesText) {
         SendDlgItemMessageW(dlg, IDC_CUSTOMPROPERTY_NAME, EM_SETSEL, 0, 1);
     });
     Key(VK_DELETE);
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(data_.name, L"ize");
     EXPECT_EQ(data_.format, Record().format);
 }
@@ -215,8 +216,7 @@ TEST_F(CustomPropertyDlgTest, RefusesIllegalConstantsAndAsksAgainWithTheTextAsEn
     AnswerText(L" mm", L" m");
     Press(IDC_CUSTOMPROPERTY_ADD_CONSTANT);
     AnswerText(L"", nullptr);
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    Confirm();
     EXPECT_EQ(data_.format, L"{12} m");
 }
 
@@ -226,7 +226,7 @@ TEST_F(CustomPropertyDlgTest, OpensWithoutPropertiesAndFailsWithoutAParentThatLi
         EXPECT_EQ(Rows(dlg).size(), 4u) << "unknown references are kept";
     });
     Press(IDOK);
-    EXPECT_TRUE(Run(nullptr));
+    EXPECT_TRUE(RunSteps([this] { return Open(nullptr); }));
     EXPECT_TRUE(Same(data_, Record()));
 
     EXPECT_FALSE(CustomProperty::Dlg::Options(GoneWindow(), Lng::Hpv, &properties_, data_));
@@ -234,7 +234,7 @@ TEST_F(CustomPropertyDlgTest, OpensWithoutPropertiesAndFailsWithoutAParentThatLi
 }
 
 TEST_F(CustomPropertyDlgTest, ReopensWhereTheUserLeftIt) {
-    const auto open = [this] { return CustomProperty::Dlg::Options(parent_, Lng::Hpv, &properties_, data_); };
+    const auto open = [this] { return Open(&properties_); };
     ExpectOpensWhereItWasLeft(open, open);
 }
 

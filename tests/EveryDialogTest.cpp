@@ -10,8 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
-#include "support/SelectionHost.h"
+#include "support/SelectionTest.h"
 
 // What every dialog gives its user, checked on each of them. A new dialog is one row here.
 
@@ -111,8 +110,7 @@ ObjectSelection::Property FlowRule() {
 ObjectSelection::RecordData Selection() {
     ObjectSelection::RecordData record;
     record.name = L"Selection";
-    record.data.bySelectionSet = true;
-    record.data.currentDrawing = true;
+    record.data = CurrentDrawing();
     record.data.useRooms = true;
     record.data.rooms = {11};
     record.data.filterRules = {FlowRule()};
@@ -332,23 +330,15 @@ void ChangeDpi(HWND dlg, int dpi) {
     SendMessageW(dlg, WM_DPICHANGED, static_cast<WPARAM>(MAKELONG(dpi, dpi)), reinterpret_cast<LPARAM>(&rect));
 }
 
-class EveryDialogTest : public testing::TestWithParam<DialogCase> {
+class EveryDialogTest : public DialogTest, public testing::WithParamInterface<DialogCase> {
 protected:
-    void SetUp() override { SetProductKey(L"Software\\OrvaCADTest"); }
-    void TearDown() override {
-        Lng::SetLanguage(L"en");
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
     void WithDialog(const std::function<void(HWND)>& look) {
-        uidriver::Script script;
-        script.WithNewDialog([&](HWND dlg) {
-            look(dlg);
-            uidriver::Click(dlg, IDCANCEL);
+        Step(look);
+        Press(IDCANCEL);
+        RunSteps([] {
+            GetParam().open(nullptr);
+            return true;
         });
-        script.Start();
-        GetParam().open(nullptr);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
     }
 };
 

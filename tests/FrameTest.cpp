@@ -35,8 +35,6 @@ struct Note {
     Fault fault;
 };
 
-constexpr int kNoSuchControl = 999;
-
 constexpr TextRow kTexts[] = {
     {kCaption,        kLibraryTexts, 1, L"Note"  },
     {IDC_FRAME_CLEAR, kLibraryTexts, 2, L"Clear" },
@@ -51,44 +49,31 @@ constexpr FieldRow<Note> kFields[] = {
     {IDC_FRAME_DONE, kField<&Note::done>, kAny                                  },
 };
 
-/// Which table of the dialog names a control that the template lacks.
-enum class Lack { None, Text, Anchor, Field, Command };
+constexpr AnchorRow kTwice[] = {
+    {1, 0, 0, 0, 0},
+    {2, 0, 0, 0, 0},
+    {1, 0, 0, 0, 0}
+};
+static_assert(Distinct(kTexts) && !Distinct(kTwice));
 
 class NoteDlg : public OCDialog {
 public:
     static constexpr wchar_t kTemplate[] = L"FRAMEDLG";
 
-    NoteDlg(HINSTANCE instance, HWND parent, Note& note, Lack lack)
-        : OCDialog(instance, parent), note_(note), lack_(lack) {}
+    /// `more` runs while the dialog opens.
+    NoteDlg(HINSTANCE instance, HWND parent, Note& note, void (*more)(NoteDlg&) = nullptr)
+        : OCDialog(instance, parent), note_(note), more_(more) {}
 
     bool OnInitDialog() override {
         OCDialog::OnInitDialog();
-        constexpr FieldRow<Note> lacking[] = {
-            {kNoSuchControl, kField<&Note::name>, kAny}
-        };
-        if (lack_ == Lack::Field) Show(*this, lacking, note_);
         Show(*this, kFields, note_);
-        constexpr CommandRow<NoteDlg> lackingCommand[] = {
-            {kNoSuchControl, &NoteDlg::Clear, &NoteDlg::CanClear}
-        };
-        if (lack_ == Lack::Command) EnableCommands(*this, lackingCommand);
         EnableCommands(*this, kCommands);
+        if (more_) more_(*this);
         return true;
     }
     void SetLanguage() override {
         OCDialog::SetLanguage();
-        constexpr TextRow lacking[] = {
-            {kNoSuchControl, kLibraryTexts, 1, L"Text"}
-        };
-        if (lack_ == Lack::Text) ApplyTexts(*this, lacking, Lng::Hpv);
         ApplyTexts(*this, kTexts, Lng::Electrical);
-    }
-    void SetAnchoring() override {
-        OCDialog::SetAnchoring();
-        constexpr AnchorRow lacking[] = {
-            {kNoSuchControl, 0, 0, 1, 1}
-        };
-        if (lack_ == Lack::Anchor) ApplyAnchors(*this, lacking);
     }
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override {
         return RunCommand(*this, kCommands, wParam) || OCDialog::OnCommand(wParam, lParam);
@@ -111,7 +96,7 @@ private:
     };
 
     Note& note_;
-    Lack lack_;
+    void (*more_)(NoteDlg&);
 };
 
 class FrameTest : public testing::Test {
@@ -126,7 +111,7 @@ protected:
         uidriver::Script script;
         script.WithNewDialog(act);
         script.Start();
-        const bool result = EditCopy<NoteDlg>(note_, nullptr, Lack::None);
+        const bool result = EditCopy<NoteDlg>(note_, nullptr);
         EXPECT_TRUE(script.Finished()) << script.Failure();
         return result;
     }
@@ -163,15 +148,7 @@ TEST_F(FrameTest, OkWritesTheCopyBackAndCancelDoesNot) {
     EXPECT_EQ(note_.text, L"");
 }
 
-TEST_F(FrameTest, TextsAreLimitedToTheirRule) {
-    EXPECT_TRUE(Edit([](HWND dlg) {
-        SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_NAME), L"123456789\xD83D\xDE00");
-        uidriver::Click(dlg, IDOK);
-    }));
-    EXPECT_EQ(note_.name, L"123456789") << "half a surrogate pair must not stay";
-}
-
-TEST_F(FrameTest, FixedTextsAndFlagsGoToTheirControlsAndBack) {
+TEST_F(FrameTest, FieldsGoToTheirControlsAndBackWithinTheirLimits) {
     const auto bytes = [this] { return std::wstring(note_.code, std::size(note_.code)); };
     EXPECT_TRUE(Edit([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(uidriver::Control(dlg, IDC_FRAME_CODE)), L"AB");
@@ -184,10 +161,12 @@ TEST_F(FrameTest, FixedTextsAndFlagsGoToTheirControlsAndBack) {
 
     EXPECT_TRUE(Edit([](HWND dlg) {
         SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_CODE), L"abc\xD83D\xDE00");
+        SetWindowTextW(uidriver::Control(dlg, IDC_FRAME_NAME), L"123456789\xD83D\xDE00");
         uidriver::Click(dlg, IDC_FRAME_DONE);
         uidriver::Click(dlg, IDOK);
     }));
     EXPECT_EQ(bytes(), std::wstring(L"abc\0\0", 5)) << "half a surrogate pair must not stay";
+    EXPECT_EQ(note_.name, L"123456789");
     EXPECT_FALSE(note_.done);
 }
 
@@ -203,26 +182,34 @@ TEST_F(FrameTest, ACommandThatCannotRunDoesNot) {
 }
 
 TEST_F(FrameTest, ATemplateThatLacksANamedControlDoesNotOpen) {
-    for (const Lack lack : {Lack::Text, Lack::Anchor, Lack::Field, Lack::Command}) {
-        EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, lack));
+    static constexpr TextRow kText[] = {
+        {999, kLibraryTexts, 1, L"Text"}
+    };
+    static constexpr AnchorRow kAnchor[] = {
+        {999, 0, 0, 1, 1}
+    };
+    static constexpr FieldRow<Note> kNoteField[] = {
+        {999, kField<&Note::name>, kAny}
+    };
+    static constexpr CommandRow<NoteDlg> kCommand[] = {
+        {999, &NoteDlg::Clear, &NoteDlg::CanClear}
+    };
+    constexpr void (*kLacking[])(NoteDlg&) = {
+        [](NoteDlg& dlg) { ApplyTexts(dlg, kText, Lng::Hpv); },
+        [](NoteDlg& dlg) { ApplyAnchors(dlg, kAnchor); },
+        [](NoteDlg& dlg) { Show(dlg, kNoteField, Note()); },
+        [](NoteDlg& dlg) { EnableCommands(dlg, kCommand); },
+    };
+    for (const auto& lacking : kLacking) {
+        EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, lacking));
         EXPECT_EQ(note_.text, L"Text");
     }
 }
 
 TEST_F(FrameTest, NothingIsThrownToTheCaller) {
     note_.fault.throwsOnCopy = true;
-    EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr, Lack::None));
+    EXPECT_FALSE(EditCopy<NoteDlg>(note_, nullptr));
     EXPECT_EQ(note_.text, L"Text");
-}
-
-TEST(DialogTables, TablesAreCheckedForControlsNamedTwice) {
-    constexpr AnchorRow twice[] = {
-        {1, 0, 0, 0, 0},
-        {2, 0, 0, 0, 0},
-        {1, 0, 0, 0, 0}
-    };
-    static_assert(!Distinct(twice));
-    static_assert(Distinct(kTexts));
 }
 
 }  // namespace

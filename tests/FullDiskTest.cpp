@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <occommonui/ReportTemplate.h>
 #include <occommonui/UpdateDwgData.h>
-#include <orvatool/InterApp.h>
 #include <orvatool/QBaseDb.h>
 #include <orvatool/SimpleReportOuputDlg.h>
 #include <ticpp.h>
@@ -13,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -22,7 +20,8 @@
 
 #include "host/ProjectGenerator.h"
 #include "host/ProjectStore.h"
-#include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
+#include "support/TestFolder.h"
 #include "toolkit/orvatool/resources/orvatool_ids.h"
 
 // What is written where there is too little room. Run by full-disk.sh, which gives the disk.
@@ -35,22 +34,11 @@ constexpr std::size_t kTooMuch = 2'000'000;  // bytes: more than the disk holds,
 constexpr std::size_t kFewBytes = 8192;      // so that the beginning of a file can be written
 constexpr char kOld[] = "the old file";
 
-std::string ReadFile(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-class FullDisk : public testing::Test {
+class FullDisk : public DialogTest {
 protected:
-    FullDisk() {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-    }
     ~FullDisk() override {
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
-        SetProductKey(nullptr);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
     }
 
     void SetUp() override {
@@ -64,7 +52,7 @@ protected:
     /// A file on the disk that is to be replaced.
     fs::path OldFile(const wchar_t* name) const {
         fs::path file = folder_ / name;
-        std::ofstream(file, std::ios::binary) << kOld;
+        WriteBytes(file, kOld);
         return file;
     }
 
@@ -73,7 +61,7 @@ protected:
         constexpr int kMostBlocks = 1000;
         const std::string block(4096, 'b');
         const fs::path room = folder_ / L"room";
-        std::ofstream(room, std::ios::binary) << std::string(left, 'r');
+        WriteBytes(room, std::string(left, 'r'));
         std::ofstream ballast(Ballast(), std::ios::binary);
         int blocks = 0;
         while (blocks < kMostBlocks && ballast.write(block.data(), std::ssize(block)).flush())
@@ -90,31 +78,29 @@ protected:
         return files;
     }
     void ExpectNothingButOld(const fs::path& file) const {
-        EXPECT_TRUE(ReadFile(file) == kOld);
+        EXPECT_TRUE(BytesOf(file) == kOld);
         EXPECT_EQ(Files(), (std::set{file, Ballast()})) << "a temporary is left";
     }
 
     /// Runs an operation in which the user chooses an existing file, of a type by its index, and lets it be replaced.
     /// Returns what the user is told when it `fails`.
-    static std::wstring SaveOver(const fs::path& file, int type, bool fails, const std::function<void()>& save) {
+    template <class Save>
+    std::wstring SaveOver(const fs::path& file, int type, bool fails, Save save) {
         std::wstring message;
-        uidriver::Script script;
-        script.WithNewDialog([&](HWND dlg) {
+        Step([=](HWND dlg) {
             const HWND types = uidriver::Control(dlg, cmb1);
             SendMessageW(types, CB_SETCURSEL, static_cast<WPARAM>(type), 0);
             SendMessageW(dlg, WM_COMMAND, MAKEWPARAM(cmb1, CBN_SELCHANGE), reinterpret_cast<LPARAM>(types));
             uidriver::ChooseFile(dlg, file.wstring());
         });
-        script.WithNewDialog([](HWND question) { uidriver::Click(question, IDYES); });
+        InNewDialog([](HWND question) { uidriver::Click(question, IDYES); });
         if (fails) {
-            script.WithNewDialog([&](HWND box) {
+            InNewDialog([&](HWND box) {
                 message = uidriver::Text(GetDlgItem(box, 0xFFFF));
                 uidriver::Key(VK_RETURN);
             });
         }
-        script.Start();
-        save();
-        EXPECT_TRUE(script.Finished()) << script.Failure();
+        RunSteps(save);
         return message;
     }
 
@@ -131,17 +117,22 @@ TEST_F(FullDisk, ReportTemplatesAreExportedAsAWholeOrNotAtAll) {
     ReportDefinitionType record;
     record.columnCount = ReportDefinitionType::kMaxColumns;
     std::vector<ReportDefinitionType> records(kTooMuch / sizeof record, record);
-    const auto exported = [&](std::size_t count) {
-        return ReportTemplate::ExportToXml(nullptr, Lng::Electrical, Legend, records.data(), static_cast<int>(count),
-                                           sizeof record);
+    bool exported = true;
+    const auto exportFirst = [&](std::size_t count) {
+        return [&, count] {
+            exported = ReportTemplate::ExportToXml(nullptr, Lng::Electrical, Legend, records.data(),
+                                                   static_cast<int>(count), sizeof record);
+            return exported;
+        };
     };
     Fill(kFewBytes);
-    const std::wstring message = SaveOver(file, 0, true, [&] { EXPECT_FALSE(exported(records.size())); });
-    EXPECT_EQ(message, L"Failed to write XML file.");
+    EXPECT_EQ(SaveOver(file, 0, true, exportFirst(records.size())), L"Failed to write XML file.");
+    EXPECT_FALSE(exported);
     ExpectNothingButOld(file);
     MakeRoom();
-    SaveOver(file, 0, false, [&] { EXPECT_TRUE(exported(1)); });
-    EXPECT_TRUE(ReadFile(file).starts_with("<?xml"));
+    SaveOver(file, 0, false, exportFirst(1));
+    EXPECT_TRUE(exported);
+    EXPECT_TRUE(BytesOf(file).starts_with("<?xml"));
 }
 
 TEST_F(FullDisk, AReportIsSavedAsAWholeOrNotAtAll) {
@@ -155,7 +146,7 @@ TEST_F(FullDisk, AReportIsSavedAsAWholeOrNotAtAll) {
     ASSERT_TRUE(dlg);
     ShowWindow(dlg, SW_SHOW);
     const HWND search = uidriver::Control(dlg, IDC_SIMPLEREPORT_SEARCH);
-    const auto save = [dlg] { SendMessageW(dlg, WM_COMMAND, IDC_SIMPLEREPORT_SAVE, 0); };
+    const auto save = [dlg] { return SendMessageW(dlg, WM_COMMAND, IDC_SIMPLEREPORT_SAVE, 0); };
     for (const int type : {0, 1}) {
         const fs::path file = OldFile(type == 0 ? L"old.txt" : L"old.xml");
         Fill(kFewBytes);
@@ -166,7 +157,7 @@ TEST_F(FullDisk, AReportIsSavedAsAWholeOrNotAtAll) {
         MakeRoom();
         SetWindowTextW(search, L"short");  // the rows shown are saved
         SaveOver(file, type, false, save);
-        EXPECT_NE(ReadFile(file).find("short"), std::string::npos);
+        EXPECT_NE(BytesOf(file).find("short"), std::string::npos);
         fs::remove(file);
     }
     SendMessageW(dlg, WM_CLOSE, 0, 0);
@@ -189,7 +180,7 @@ TEST_F(FullDisk, AnXmlDocumentIsSavedAsAWholeOrNotAtAll) {
     MakeRoom();
     doc.FirstChildElement("root")->SetText("x");
     doc.SaveFile();
-    EXPECT_EQ(ReadFile(file), "<root>x</root>\r\n");
+    EXPECT_EQ(BytesOf(file), "<root>x</root>\r\n");
 }
 
 // ---- databases ----

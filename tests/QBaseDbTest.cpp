@@ -51,6 +51,10 @@ OwnedRec Create(QBaseDb& db, const char* objId, const char* type = kType) {
     return {db.createRec(type, objId), Release{&db}};
 }
 
+bool ErrorNames(const QBaseDb& db, const std::wstring& what) {
+    return std::wstring(db.GetErrorText().c_str()).find(what) != std::wstring::npos;
+}
+
 std::optional<std::wstring> FieldOf(const QBaseDb& db, const QBaseDb::Rec* rec, int field) {
     ustr text;
     if (!db.copyWsz(rec, field, text)) return std::nullopt;
@@ -88,7 +92,7 @@ protected:
         {
             QBaseDb db(path_.c_str(), 0);
             EXPECT_EQ(db.GetStatus(), status);
-            EXPECT_NE(std::wstring(db.GetErrorText().c_str()).find(path_), std::wstring::npos);
+            EXPECT_TRUE(ErrorNames(db, path_));
             const Scope scope(db, kWriting, 1);
             EXPECT_FALSE(scope.IsOpen());
             EXPECT_FALSE(db.existRec(kType, "1"));
@@ -110,6 +114,9 @@ protected:
         ASSERT_TRUE(scope.End());
     }
 
+    /// What another program does to the file.
+    void Change(const std::string& statements) const { Database(path_, OpenMode::Create, 0ms).Execute(statements); }
+
     const TestFolder folder_;
     const std::wstring path_ = folder_.File(L"project.db");
 };
@@ -119,7 +126,7 @@ protected:
 TEST_F(QBaseDbTest, RecordsComeBackAsTheyWereSaved) {
     {
         QBaseDb db(path_.c_str());
-        ASSERT_EQ(db.GetStatus(), Status::Open) << std::wstring(db.GetErrorText().c_str()).size();
+        ASSERT_EQ(db.GetStatus(), Status::Open) << db.GetErrorText().c_str();
         EXPECT_TRUE(db.GetErrorText().empty());
         const OwnedRec rec = Create(db, "000001");
         EXPECT_TRUE(db.insertWsz(rec.get(), kText, L"later number, first set"));
@@ -149,7 +156,7 @@ TEST_F(QBaseDbTest, RecordsComeBackAsTheyWereSaved) {
     EXPECT_FALSE(db.existRec("ZZ", "000001"));
 }
 
-TEST_F(QBaseDbTest, SavingReplacesTheRecordWithExactlyTheFieldsItHas) {
+TEST_F(QBaseDbTest, SavingReplacesTheRecordWithExactlyTheFieldsItHasAndDeletingRemovesIt) {
     QBaseDb db(path_.c_str());
     const OwnedRec old = Create(db, "1");
     db.insertWsz(old.get(), kName, L"old");
@@ -165,13 +172,6 @@ TEST_F(QBaseDbTest, SavingReplacesTheRecordWithExactlyTheFieldsItHas) {
     EXPECT_EQ(FieldOf(db, found.get(), kName), L"new");
     EXPECT_EQ(db.saveRec(copy.get()), 0);
     EXPECT_EQ(NameOf(db, "1"), L"a longer name in the copy");
-    EXPECT_EQ(IdsOf(db).size(), 1u);
-}
-
-TEST_F(QBaseDbTest, DeletingWhatIsNotThereIsAnError) {
-    QBaseDb db(path_.c_str());
-    EXPECT_EQ(Put(db, "1", L"one"), 0);
-    EXPECT_EQ(db.deleteRec(kType, "2"), SQLITE_NOTFOUND);
     EXPECT_EQ(db.deleteRec(kType, "1"), 0);
     EXPECT_FALSE(db.existRec(kType, "1"));
     EXPECT_EQ(db.deleteRec(kType, "1"), SQLITE_NOTFOUND);
@@ -215,20 +215,19 @@ TEST_F(QBaseDbTest, AWalkCanStartAgainAndChangeWhatItPasses) {
     QBaseDb::ConstIterator it(db, kType);
     EXPECT_TRUE(it.done()) << "before start";
     EXPECT_EQ(it.get(), nullptr);
-    std::vector<std::wstring> names;
-    for (it.start(); !it.done(); it.next()) {
-        names.push_back(*FieldOf(db, it.get(), kName));
+    int old = 0;
+    for (it.start(); !it.done(); it.next(), ++old) {
+        EXPECT_EQ(FieldOf(db, it.get(), kName), L"old");
         std::array<char, 8> id{};
         db.getID(it.get(), id.data(), id.size());
         EXPECT_EQ(id[0] % 2 ? db.deleteRec(kType, id.data()) : Put(db, id.data(), L"new"), 0);
     }
-    EXPECT_EQ(names, (std::vector<std::wstring>(4, L"old")));
+    EXPECT_EQ(old, 4);
     it.next();
     EXPECT_EQ(it.get(), nullptr) << "beyond the end";
-    names.clear();
-    for (it.start(); !it.done(); it.next())
-        names.push_back(*FieldOf(db, it.get(), kName));
-    EXPECT_EQ(names, (std::vector<std::wstring>(2, L"new")));
+    it.start();
+    EXPECT_EQ(FieldOf(db, it.get(), kName), L"new");
+    EXPECT_EQ(IdsOf(db), (std::vector<std::string>{"2", "4"}));
 }
 
 TEST_F(QBaseDbTest, IdsAndTextsAreCutToTheBuffer) {
@@ -313,7 +312,7 @@ TEST_F(QBaseDbTest, AWriteScopeIsOneTransactionHoweverManyAreNested) {
 TEST_F(QBaseDbTest, AFailedWriteSpoilsItsScope) {
     QBaseDb db(path_.c_str());
     EXPECT_EQ(Put(db, "1", L"one"), 0);
-    Database(path_, OpenMode::ReadWrite, 0ms).Execute("CREATE UNIQUE INDEX refuse ON qbase_record(fields)");
+    Change("CREATE UNIQUE INDEX refuse ON qbase_record(fields)");
     Scope scope(db, kWriting, 1);
     EXPECT_EQ(db.deleteRec(kType, "9"), SQLITE_NOTFOUND) << "which spoils nothing";
     EXPECT_EQ(Put(db, "2", L"two"), 0);
@@ -333,15 +332,14 @@ TEST_F(QBaseDbTest, AFailedWriteSpoilsItsScope) {
 TEST_F(QBaseDbTest, AScopeIsSpoiledWhenItCannotBeToldWhetherARecordExists) {
     QBaseDb db(path_.c_str());
     EXPECT_EQ(Put(db, "1", L"one"), 0);
-    Database other(path_, OpenMode::ReadWrite, 0ms);
-    other.Execute("ALTER TABLE qbase_record RENAME TO away");
+    Change("ALTER TABLE qbase_record RENAME TO away");
     for (const int kind : {kReading, kWriting}) {
         Scope scope(db, kind, 1);
         EXPECT_TRUE(scope.IsOpen());
         EXPECT_FALSE(db.existRec(kType, "1"));
         EXPECT_FALSE(scope.End()) << "else its id would be taken for a free one";
     }
-    other.Execute("ALTER TABLE away RENAME TO qbase_record");
+    Change("ALTER TABLE away RENAME TO qbase_record");
     Scope scope(db, kReading, 1);
     EXPECT_TRUE(db.existRec(kType, "1"));
     EXPECT_TRUE(scope.End());
@@ -407,10 +405,9 @@ TEST_F(QBaseDbTest, TheFileOfAnotherProgramKeepsWhatIsItsOwn) {
     for (const char* mode : {"WAL", "DELETE"}) {
         SCOPED_TRACE(mode);
         DeleteFileW(path_.c_str());
-        Database(path_, OpenMode::Create, 0ms)
-            .Execute(std::string("PRAGMA journal_mode = ") + mode +
-                     "; PRAGMA application_id = 77; PRAGMA user_version = 3;"
-                     "CREATE TABLE project(name); INSERT INTO project VALUES('Own')");
+        Change(std::string("PRAGMA journal_mode = ") + mode +
+               "; PRAGMA application_id = 77; PRAGMA user_version = 3;"
+               "CREATE TABLE project(name); INSERT INTO project VALUES('Own')");
         const std::string before = BytesOf(path_);
         {
             const QBaseDb db(path_.c_str());
@@ -469,10 +466,9 @@ TEST_F(QBaseDbTest, ARecordWhoseFieldsAreDamagedIsNotRead) {
         SCOPED_TRACE(blob);
         EXPECT_EQ(Put(db, "1", L"one"), 0);
         EXPECT_EQ(Put(db, "2", L"two"), 0);
-        Database(path_, OpenMode::ReadWrite, 0ms)
-            .Execute(std::string("UPDATE qbase_record SET fields = ") + blob + " WHERE obj_id = '1'");
+        Change(std::string("UPDATE qbase_record SET fields = ") + blob + " WHERE obj_id = '1'");
         EXPECT_FALSE(Find(db, "1"));
-        EXPECT_NE(std::wstring(db.GetErrorText().c_str()).find(L"damaged"), std::wstring::npos);
+        EXPECT_TRUE(ErrorNames(db, L"damaged"));
         EXPECT_TRUE(IdsOf(db).empty());
         EXPECT_EQ(NameOf(db, "2"), L"two");
     }
@@ -481,12 +477,12 @@ TEST_F(QBaseDbTest, ARecordWhoseFieldsAreDamagedIsNotRead) {
 TEST_F(QBaseDbTest, RefusesANewerFile) {
     QBaseDb before(path_.c_str());
     EXPECT_EQ(Put(before, "1", L"one"), 0);
-    Database(path_, OpenMode::ReadWrite, 0ms).Execute("UPDATE qbase_version SET version = 2");
+    Change("UPDATE qbase_version SET version = 2");
     EXPECT_NE(Put(before, "1", L"changed"), 0) << "also one that was open when the newer version came";
     EXPECT_FALSE(before.existRec(kType, "1"));
     before = QBaseDb(L"");
     ExpectRefused(Status::Newer);
-    Database(path_, OpenMode::ReadWrite, 0ms).Execute("DELETE FROM qbase_version");
+    Change("DELETE FROM qbase_version");
     ExpectRefused(Status::Damaged);
 }
 
@@ -496,7 +492,7 @@ TEST_F(QBaseDbTest, AReadOnlyFileIsReadAndLeftAlone) {
     SetFileAttributesW(path_.c_str(), FILE_ATTRIBUTE_READONLY);
     QBaseDb db(path_.c_str());
     EXPECT_EQ(db.GetStatus(), Status::ReadOnly);
-    EXPECT_NE(std::wstring(db.GetErrorText().c_str()).find(path_), std::wstring::npos);
+    EXPECT_TRUE(ErrorNames(db, path_));
     EXPECT_EQ(IdsOf(db).size(), 300u);
     const OwnedRec rec = Find(db, "000");
     EXPECT_TRUE(rec);
@@ -540,7 +536,7 @@ TEST_F(QBaseDbTest, AWriterThatWaitedInVainFailsAsAWhole) {
     {
         const orvasql::Transaction writing(other, orvasql::Transaction::Kind::Write);
         EXPECT_EQ(db.deleteRec(kType, "1"), SQLITE_BUSY);
-        EXPECT_NE(std::wstring(db.GetErrorText().c_str()).find(L"in use"), std::wstring::npos);
+        EXPECT_TRUE(ErrorNames(db, L"in use"));
         EXPECT_TRUE(db.existRec(kType, "1")) << "reading goes on";
     }
     std::optional<orvasql::Transaction> writing(std::in_place, other, orvasql::Transaction::Kind::Write);

@@ -1,26 +1,22 @@
 #include <gtest/gtest.h>
 #include <occommonui/ReportTemplate.h>
-#include <orvatool/InterApp.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 #include "support/PatchImport.h"
+#include "support/TestFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using uidriver::Script;
 
 constexpr int kSize = sizeof(ReportDefinitionType);
 constexpr wchar_t kReadFailed[] = L"Failed to read XML file.";
@@ -38,14 +34,13 @@ ReportDefinitionType Small() {
     SetFixedText<&ReportDefinitionType::description>(record, L"a < \"b\" & c");
     record.wcSeparator = L';';
     record.columnCount = 1;
-    oce_columntype column;
+    oce_columntype& column = record.columns[0];
     column.propId = 7001;
     column.len = 22.5F;
     column.align = 2;
     column.nSubRow = 1;
     SetFixedText<&oce_columntype::hdr1>(column, L"Code");
     column.showUnits = true;
-    record.columns[0] = column;
     return record;
 }
 
@@ -73,7 +68,7 @@ ReportDefinitionType Full(int seed) {
     record.wcSeparator = L'|';
     record.columnCount = ReportDefinitionType::kMaxColumns;
     for (int i = 0; i < record.columnCount; ++i) {
-        oce_columntype column;
+        oce_columntype& column = record.columns[i];
         column.propId = static_cast<std::int16_t>(i - 100 + seed * 1000);
         column.len = 0.1F + static_cast<float>(i);
         column.align = static_cast<std::uint8_t>(255 - i);
@@ -81,12 +76,9 @@ ReportDefinitionType Full(int seed) {
         SetFixedText<&oce_columntype::hdr1>(column, std::wstring(28, static_cast<wchar_t>(L'!' + i)));
         SetFixedText<&oce_columntype::hdr2>(column, std::wstring(28, static_cast<wchar_t>(0xC0 + i)));
         column.showUnits = true;
-        record.columns[i] = column;
     }
     return record;
 }
-
-using Bytes = std::vector<std::byte>;
 
 // The records as a caller's buffer, at an odd address.
 class Buffer {
@@ -100,7 +92,7 @@ public:
     bool operator==(const Buffer&) const = default;
 
 private:
-    Bytes bytes_;
+    std::vector<std::byte> bytes_;
 };
 
 ReportDefinitionType Numbered(int id) {
@@ -119,56 +111,15 @@ std::string Document(const std::string& elements) {
     return "<?xml version=\"1.0\" ?><SymbolLegendTemplates>" + elements + "</SymbolLegendTemplates>";
 }
 
-class ReportTemplateXmlTest : public testing::Test {
+class ReportTemplateXmlTest : public DialogTest {
 protected:
-    ReportTemplateXmlTest() {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        wchar_t temp[MAX_PATH] = L"";
-        GetTempPathW(MAX_PATH, temp);
-        folder_ = fs::path(temp) / L"oc-templates-ä";
-        fs::remove_all(folder_);
-        fs::create_directory(folder_);
-        file_ = folder_ / L"mallit ä.xml";
-    }
-    ~ReportTemplateXmlTest() override {
-        fs::remove_all(folder_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    void WriteFile(const std::string& content) const { std::ofstream(file_, std::ios::binary) << content; }
-    std::string ReadFile() const {
-        std::ifstream stream(file_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    // The control in which the user types the file's name.
-    static HWND NameEdit(HWND dlg) {
-        HWND found = nullptr;
-        const auto look = [](HWND child, LPARAM result) -> BOOL {
-            wchar_t name[32] = {};
-            GetClassNameW(child, name, 32);
-            if (std::wcscmp(name, L"Edit") != 0 || !IsWindowVisible(child)) return TRUE;
-            *reinterpret_cast<HWND*>(result) = child;
-            return FALSE;
-        };
-        EnumChildWindows(dlg, look, reinterpret_cast<LPARAM>(&found));
-        return found;
-    }
-
-    // Steps: the user types the file's name, and answers that an existing one be replaced.
+    // The user types the file's name.
     void ChooseFile() {
-        script_->WithNewDialog([this](HWND dlg) {
-            SetWindowTextW(NameEdit(dlg), file_.c_str());
-            PostMessageW(dlg, WM_COMMAND, IDOK, 0);
-        });
-    }
-    void Replace() {
-        script_->WithNewDialog([](HWND question) { uidriver::Click(question, IDYES); });
+        Step([this](HWND dlg) { uidriver::ChooseFile(dlg, file_); });
     }
     // A message of the product that says so, under a cursor that no longer tells to wait.
     void Confirm(const wchar_t* message) {
-        script_->WithNewDialog([message](HWND box) {
+        InNewDialog([message](HWND box) {
             EXPECT_EQ(uidriver::Text(box), L"OrvaCAD");
             EXPECT_EQ(uidriver::Text(GetDlgItem(box, 0xFFFF)), message);
             EXPECT_NE(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
@@ -176,47 +127,43 @@ protected:
         });
     }
 
-    template <class Call>
-    bool Run(Call call) {
-        script_->Start();
-        const bool result = call();
-        EXPECT_TRUE(script_->Finished()) << script_->Failure();
-        script_ = std::make_unique<Script>();
-        return result;
+    bool Run(decltype(&ReportTemplate::ExportToXml) operation, Buffer& records, Lng::AppID app = Lng::Electrical,
+             ReportType type = BillOfMaterials) {
+        return RunSteps([&] { return operation(nullptr, app, type, records.Data(), records.Count(), kSize); });
     }
-    bool Export(Buffer& records, Lng::AppID app = Lng::Electrical, ReportType type = BillOfMaterials) {
-        return Run(
-            [&] { return ReportTemplate::ExportToXml(nullptr, app, type, records.Data(), records.Count(), kSize); });
+    // Has the user choose the file and what is in it read.
+    bool Import(Buffer& records, Lng::AppID app = Lng::Electrical, ReportType type = BillOfMaterials,
+                const wchar_t* message = nullptr) {
+        ChooseFile();
+        if (message) Confirm(message);
+        return Run(ReportTemplate::ImportFromXml, records, app, type);
     }
-    bool Import(Buffer& records, Lng::AppID app = Lng::Electrical, ReportType type = BillOfMaterials) {
-        return Run(
-            [&] { return ReportTemplate::ImportFromXml(nullptr, app, type, records.Data(), records.Count(), kSize); });
+    void Export(Buffer& records, Lng::AppID app = Lng::Electrical, ReportType type = BillOfMaterials) {
+        ChooseFile();
+        EXPECT_TRUE(Run(ReportTemplate::ExportToXml, records, app, type));
     }
 
     // The file is refused with this message, and the records are as they were.
     void ExpectRefused(const std::string& content, const wchar_t* message) {
-        WriteFile(content);
+        WriteBytes(file_, content);
         const Buffer before({Full(1), Full(2), Full(3)});
         Buffer records = before;
-        ChooseFile();
-        Confirm(message);
-        EXPECT_FALSE(Import(records)) << content;
+        EXPECT_FALSE(Import(records, Lng::Electrical, BillOfMaterials, message)) << content;
         EXPECT_TRUE(records == before) << content;
     }
+    std::ptrdiff_t FilesInFolder() const { return std::distance(fs::directory_iterator(folder_.Path()), {}); }
 
-    std::unique_ptr<Script> script_ = std::make_unique<Script>();
-    fs::path folder_;
-    fs::path file_;
+    const TestFolder folder_;
+    const std::wstring file_ = folder_.File(L"mallit ä.xml");
 };
 
 TEST_F(ReportTemplateXmlTest, WritesTheTemplatesToTheLetter) {
     Buffer records({Small(), Small()});
-    ChooseFile();
-    EXPECT_TRUE(Export(records));
+    Export(records);
     const std::string element = std::string("    <SymbolLegendTemplate appId=\"2\" typeId=\"1\"") + kSmallContent;
-    EXPECT_EQ(ReadFile(), "<?xml version=\"1.0\" ?>\r\n<SymbolLegendTemplates>\r\n" + element + element +
-                              "</SymbolLegendTemplates>\r\n");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1) << "nothing else is left in the folder";
+    EXPECT_EQ(BytesOf(file_), "<?xml version=\"1.0\" ?>\r\n<SymbolLegendTemplates>\r\n" + element + element +
+                                  "</SymbolLegendTemplates>\r\n");
+    EXPECT_EQ(FilesInFolder(), 1) << "nothing else is left";
 }
 
 std::vector<HCURSOR> cursors;
@@ -230,10 +177,10 @@ TEST_F(ReportTemplateXmlTest, TheCursorTellsToWaitWhileAFileIsWrittenOrRead) {
                 reinterpret_cast<const void*>(&RecordCursor));
     const HCURSOR wait = LoadCursorW(nullptr, IDC_WAIT);
     Buffer records({Small()});
-    for (const bool write : {true, false}) {
+    for (const auto& operation : {ReportTemplate::ExportToXml, ReportTemplate::ImportFromXml}) {
         cursors.clear();
         ChooseFile();
-        EXPECT_TRUE(write ? Export(records) : Import(records));
+        EXPECT_TRUE(Run(operation, records));
         ASSERT_EQ(cursors.size(), 2u);
         EXPECT_EQ(cursors.front(), wait);
         EXPECT_NE(cursors.back(), wait);
@@ -243,43 +190,32 @@ TEST_F(ReportTemplateXmlTest, TheCursorTellsToWaitWhileAFileIsWrittenOrRead) {
 TEST_F(ReportTemplateXmlTest, EveryFieldComesBack) {
     const Buffer written({Full(1), Full(2)});
     Buffer records = written;
-    ChooseFile();
-    EXPECT_TRUE(Export(records, Lng::Schematics, TextBlock));
+    Export(records, Lng::Schematics, TextBlock);
     records = Buffer({Small(), Small()});
-    ChooseFile();
     EXPECT_TRUE(Import(records, Lng::Schematics, TextBlock));
     EXPECT_TRUE(records == written);
 }
 
 TEST_F(ReportTemplateXmlTest, AnEmptySetIsWrittenAndHasNothingToRead) {
     ChooseFile();
-    EXPECT_TRUE(Run([] { return ReportTemplate::ExportToXml(nullptr, Lng::Hpv, Legend, nullptr, 0, kSize); }));
-    ExpectRefused(ReadFile(), kNoneOfThisKind);
+    EXPECT_TRUE(RunSteps([] { return ReportTemplate::ExportToXml(nullptr, Lng::Hpv, Legend, nullptr, 0, kSize); }));
+    ExpectRefused(BytesOf(file_), kNoneOfThisKind);
 }
 
 TEST_F(ReportTemplateXmlTest, TakesTheCallersTemplatesInTheOrderOfTheFileAndLeavesTheRestOfTheRecords) {
     const std::string damagedOfAnother = "<SymbolLegendTemplate appId='1' typeId='1' id='none'/>";
     const std::string another = "<Other/>" + damagedOfAnother + Element("2", "0", 7);
-    WriteFile(Document(another + Element("2", "1", 8) + Element("2", "3", 9) + Element("2", "1", 5) + another));
+    WriteBytes(file_, Document(another + Element("2", "1", 8) + Element("2", "3", 9) + Element("2", "1", 5) + another));
     Buffer four({Full(1), Full(2), Full(3), Full(4)});
-    ChooseFile();
     EXPECT_TRUE(Import(four));
     EXPECT_TRUE(four == Buffer({Numbered(8), Numbered(5), Full(3), Full(4)}));
-
     Buffer one({Full(1)});
-    ChooseFile();
     EXPECT_TRUE(Import(one)) << "no more are taken than there is room for";
     EXPECT_TRUE(one == Buffer({Numbered(8)}));
-
-    Buffer otherType({Full(1)});
-    ChooseFile();
-    EXPECT_TRUE(Import(otherType, Lng::Electrical, TextBlock));
-    EXPECT_TRUE(otherType == Buffer({Numbered(9)}));
-
-    ChooseFile();
-    Confirm(kNoneOfThisKind);
-    EXPECT_FALSE(Import(one, Lng::Building, TextBlock));
-    EXPECT_TRUE(one == Buffer({Numbered(8)}));
+    EXPECT_TRUE(Import(one, Lng::Electrical, TextBlock));
+    EXPECT_TRUE(one == Buffer({Numbered(9)}));
+    EXPECT_FALSE(Import(one, Lng::Building, TextBlock, kNoneOfThisKind));
+    EXPECT_TRUE(one == Buffer({Numbered(9)}));
 }
 
 TEST_F(ReportTemplateXmlTest, TakesAllOrNothing) {
@@ -300,9 +236,8 @@ TEST_F(ReportTemplateXmlTest, TakesAllOrNothing) {
 
 TEST_F(ReportTemplateXmlTest, AFileThatWasCutIsRefused) {
     Buffer records({Small(), Small()});
-    ChooseFile();
-    ASSERT_TRUE(Export(records));
-    const std::string whole = ReadFile();
+    Export(records);
+    const std::string whole = BytesOf(file_);
     const std::size_t last = whole.rfind('>');
     for (std::size_t size = 1; size <= last; size += 37)
         ExpectRefused(whole.substr(0, size), kReadFailed);
@@ -310,33 +245,31 @@ TEST_F(ReportTemplateXmlTest, AFileThatWasCutIsRefused) {
 }
 
 TEST_F(ReportTemplateXmlTest, AFileThatCannotBeReplacedStaysAndTheUserIsTold) {
-    WriteFile("<old/>");
+    WriteBytes(file_, "<old/>");
     SetFileAttributesW(file_.c_str(), FILE_ATTRIBUTE_READONLY);
     Buffer records({Small()});
     ChooseFile();
-    Replace();
+    InNewDialog([](HWND question) { uidriver::Click(question, IDYES); });
     Confirm(kWriteFailed);
-    EXPECT_FALSE(Export(records));
-    SetFileAttributesW(file_.c_str(), FILE_ATTRIBUTE_NORMAL);
-    EXPECT_EQ(ReadFile(), "<old/>");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
+    EXPECT_FALSE(Run(ReportTemplate::ExportToXml, records));
+    EXPECT_EQ(BytesOf(file_), "<old/>");
+    EXPECT_EQ(FilesInFolder(), 1);
     EXPECT_TRUE(records == Buffer({Small()}));
 }
 
 TEST_F(ReportTemplateXmlTest, CancelWritesAndReadsNothing) {
     Buffer records({Small()});
     for (const auto& operation : {ReportTemplate::ExportToXml, ReportTemplate::ImportFromXml}) {
-        script_->WithNewDialog([](HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0); });
-        EXPECT_FALSE(Run([&] { return operation(nullptr, Lng::Hpv, Legend, records.Data(), 1, kSize); }));
+        Press(IDCANCEL);
+        EXPECT_FALSE(Run(operation, records));
     }
-    EXPECT_TRUE(fs::is_empty(folder_));
+    EXPECT_EQ(FilesInFolder(), 0);
     EXPECT_TRUE(records == Buffer({Small()}));
 }
 
 TEST_F(ReportTemplateXmlTest, UnusableArgumentsAskNothing) {
     Buffer records({Small()});
-    script_->Then([] {});  // would run in the dialog's loop
-    script_->Start();
+    script_->Start();  // would run in the dialog's loop
     for (const auto& operation : {ReportTemplate::ExportToXml, ReportTemplate::ImportFromXml}) {
         for (const int size : {kSize - 1, kSize + 1, 0, -kSize})
             EXPECT_FALSE(operation(nullptr, Lng::Hpv, Legend, records.Data(), 1, size)) << size;

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <dlgs.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -17,12 +18,14 @@
 #include <vector>
 
 #include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 #include "support/ProcessorTime.h"
+#include "support/Pump.h"
+#include "support/TestFolder.h"
 #include "toolkit/orvatool/resources/orvatool_ids.h"
 
 namespace {
 
-using Texts = std::vector<std::wstring>;
 using uidriver::Script;
 
 constexpr UINT kNotify = 33768;  // a message of the kind that callbacks get
@@ -67,39 +70,16 @@ SimpleReport LongReport(int rows) {
     return report;
 }
 
-void Pump() {
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
-
-// With OC_SHOTS set to a folder the windows' pictures are written there.
-void Shoot(HWND dlg, const wchar_t* name) {
-    wchar_t folder[MAX_PATH] = L"";
-    if (GetEnvironmentVariableW(L"OC_SHOTS", folder, MAX_PATH)) {
-        uidriver::SavePng(dlg, std::wstring(folder) + L"\\" + name + L".png");
-    }
-}
-
 class SimpleReportTest : public testing::Test {
 protected:
-    void SetUp() override {
+    SimpleReportTest() {
         SetProductKey(L"Software\\OrvaCADTest");
         Lng::SetLanguage(L"en");
-        wchar_t folder[MAX_PATH] = {};
-        GetTempPathW(MAX_PATH, folder);
-        folder_ = std::wstring(folder) + L"simple-report-ä\\";
-        std::filesystem::remove_all(folder_);
-        CreateDirectoryW(folder_.c_str(), nullptr);
     }
-    void TearDown() override {
+    ~SimpleReportTest() override {
         Close();
         SimpleReportOuputDlg::SetZoomTo(nullptr);
-        SetProductKey(nullptr);
         RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-        std::filesystem::remove_all(folder_);
     }
 
     void Open(const SimpleReport& report, const DialogCallback& callback = {}) {
@@ -147,60 +127,40 @@ protected:
         Pump();
     }
 
-    static HWND FindChild(HWND parent, const std::function<bool(HWND, const std::wstring&)>& isIt) {
-        struct Look {
-            const std::function<bool(HWND, const std::wstring&)>& isIt;
-            HWND found;
-        } look{isIt, nullptr};
-        const auto at = [](HWND child, LPARAM param) -> BOOL {
-            auto& sought = *reinterpret_cast<Look*>(param);
-            wchar_t name[32] = {};
-            GetClassNameW(child, name, 32);
-            if (IsWindowVisible(child) && sought.isIt(child, name)) sought.found = child;
-            return sought.found == nullptr;
-        };
-        EnumChildWindows(parent, at, reinterpret_cast<LPARAM>(&look));
-        return look.found;
-    }
-
-    /// Chooses a type and enters a name in the file dialog that comes next.
-    static void EnterFile(Script& script, const std::wstring& path, int type) {
-        script.WithNewDialog([path, type](HWND file) {
-            const HWND types = FindChild(file, [](HWND child, const std::wstring& name) {
-                return name == L"ComboBox" && SendMessageW(child, CB_GETCOUNT, 0, 0) == 2;
-            });
-            SendMessageW(types, CB_SETCURSEL, static_cast<WPARAM>(type), 0);
-            SendMessageW(GetParent(types), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(types), CBN_SELCHANGE),
-                         reinterpret_cast<LPARAM>(types));
-            const HWND edit = FindChild(file, [](HWND, const std::wstring& name) { return name == L"Edit"; });
-            SetWindowTextW(edit, path.c_str());
-            PostMessageW(file, WM_COMMAND, IDOK, 0);
-        });
-    }
-    /// Saves as a file of that type and reads it.
-    std::string SavedAs(const std::wstring& name, int type, const wchar_t* extension = L"") {
-        const std::wstring path = folder_ + name + extension;
+    /// Saves as a file of that type and answers the message that may come, which begins with that text.
+    void Save(const std::wstring& path, int type, const std::wstring& message = L"") {
         Script script;
-        EnterFile(script, folder_ + name, type);
-        script.Start();
-        SendMessageW(dlg_, WM_COMMAND, IDC_SIMPLEREPORT_SAVE, 0);
-        EXPECT_EQ(script.Failure(), "");
-        std::string content = Read(path);
-        DeleteFileW(path.c_str());
-        return content;
+        script.WithNewDialog([=](HWND file) {
+            const HWND types = uidriver::Control(file, cmb1);
+            SendMessageW(types, CB_SETCURSEL, static_cast<WPARAM>(type), 0);
+            SendMessageW(file, WM_COMMAND, MAKEWPARAM(cmb1, CBN_SELCHANGE), reinterpret_cast<LPARAM>(types));
+            uidriver::ChooseFile(file, path);
+        });
+        if (std::filesystem::exists(path)) {
+            script.WithNewDialog([](HWND replace) { PostMessageW(replace, WM_COMMAND, IDYES, 0); });
+        }
+        Do(IDC_SIMPLEREPORT_SAVE, script, message);
     }
-    static std::string Read(const std::wstring& path) {
-        const HANDLE file =
-            CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
-        std::string bytes(100'000, '\0');
-        DWORD size = 0;
-        ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &size, nullptr);
-        CloseHandle(file);
-        bytes.resize(size);
-        return bytes;
+    /// Runs a command and, behind the steps of the script, answers its message.
+    void Do(int command, Script& script, const std::wstring& message) {
+        if (!message.empty()) {
+            script.WithNewDialog([=](HWND box) {
+                const std::wstring text = uidriver::Text(GetDlgItem(box, 0xFFFF));
+                EXPECT_TRUE(text.starts_with(message)) << text;
+                uidriver::Key(VK_RETURN);
+            });
+        }
+        script.Start();
+        SendMessageW(dlg_, WM_COMMAND, static_cast<WPARAM>(command), 0);
+        EXPECT_TRUE(script.Finished()) << script.Failure();
+    }
+    /// The file that is saved under a name that may lack its extension.
+    std::string SavedAs(const std::wstring& name, int type, const wchar_t* extension = L"") {
+        Save(folder_.File(name.c_str()), type);
+        return BytesOf(folder_.File((name + extension).c_str()));
     }
 
-    std::wstring folder_;
+    const TestFolder folder_;
     HWND dlg_ = nullptr;
 };
 
@@ -263,15 +223,6 @@ TEST_F(SimpleReportTest, ShowsTheReport) {
     EXPECT_EQ(Count(), L"4 rows");
     EXPECT_EQ(Shown(0), (Texts{L"Supply", L"Exhaust", L"Supply", L"Exhaust"}));
     EXPECT_FALSE(IsWindowVisible(Button(IDC_SIMPLEREPORT_ZOOM))) << "nobody can zoom";
-    Shoot(dlg_, L"simplereport");
-    Close();
-
-    Lng::SetLanguage(Lng::kPseudoLanguage);
-    SimpleReportOuputDlg::SetZoomTo([](HWND, const ObjPosInDwg&) { return true; });
-    Open(Warnings());
-    ClickRow(0);
-    Find(L"duct");
-    Shoot(dlg_, L"simplereport-pseudo");
 }
 
 TEST_F(SimpleReportTest, SearchNarrowsOverAllColumns) {
@@ -340,8 +291,9 @@ TEST_F(SimpleReportTest, ALargeSelectionIsMarkedInSteps) {
         ListView_SetItemState(List(), row, LVIS_SELECTED, LVIS_SELECTED);
     const Texts before = Selected();
     ClickHeader(1);
-    while (ListView_GetSelectedCount(List()) < 1000)
-        ASSERT_TRUE(SendMessageW(dlg_, WM_TIMER, 1, 0) == 0);
+    for (int step = 0; step < 1000 && ListView_GetSelectedCount(List()) < 1000; ++step)
+        SendMessageW(dlg_, WM_TIMER, 1, 0);
+    EXPECT_EQ(ListView_GetSelectedCount(List()), 1000u);
     ClickHeader(1);
     ClickHeader(1);
     Press(IDC_SIMPLEREPORT_COPY);  // which ends what is under way
@@ -498,28 +450,14 @@ TEST_F(SimpleReportTest, SavesAWorkbookWithNumbersAsNumbers) {
 }
 
 TEST_F(SimpleReportTest, AFileThatCannotBeWrittenStaysAndTheUserIsTold) {
-    const std::wstring path = folder_ + L"old.txt";
-    HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_READONLY, nullptr);
-    DWORD written = 0;
-    WriteFile(file, "old", 3, &written, nullptr);
-    CloseHandle(file);
+    const std::wstring path = folder_.File(L"old.txt");
+    WriteBytes(path, "old");
+    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
     Open(Warnings());
-    std::wstring message;
-    Script script;
-    EnterFile(script, path, 0);
-    script.WithNewDialog([](HWND replace) { PostMessageW(replace, WM_COMMAND, IDYES, 0); });
-    script.WithNewDialog([&](HWND box) {
-        message = uidriver::Text(GetDlgItem(box, 0xFFFF));
-        uidriver::Key(VK_RETURN);
-    });
-    script.Start();
-    SendMessageW(dlg_, WM_COMMAND, IDC_SIMPLEREPORT_SAVE, 0);
-    EXPECT_EQ(script.Failure(), "");
-    EXPECT_NE(message.find(path), std::wstring::npos) << message;
-    EXPECT_EQ(Read(path), "old");
-    SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    DeleteFileW(path.c_str());
-    EXPECT_TRUE(std::filesystem::is_empty(folder_)) << "a temporary is left";
+    Save(path, 0, L"The report could not be saved as\n" + path + L"\n");
+    EXPECT_EQ(BytesOf(path), "old");
+    const auto files = std::filesystem::directory_iterator(folder_.Path());
+    EXPECT_EQ(std::distance(files, {}), 1) << "a temporary is left";
 }
 
 TEST_F(SimpleReportTest, ColumnWidthsAndOrderAreRemembered) {
@@ -545,9 +483,9 @@ TEST_F(SimpleReportTest, ColumnWidthsAndOrderAreRemembered) {
 TEST_F(SimpleReportTest, WithoutANameNothingIsRemembered) {
     SimpleReport report;
     report.AddColumn(L"Column", 50);
-    for (const int expected : {50, 50}) {
+    for (int time = 0; time < 2; ++time) {
         Open(report);
-        EXPECT_EQ(ListView_GetColumnWidth(List(), 0), expected);
+        EXPECT_EQ(ListView_GetColumnWidth(List(), 0), 50);
         ListView_SetColumnWidth(List(), 0, 99);
         Close();
     }
@@ -588,16 +526,8 @@ TEST_F(SimpleReportTest, TellsWhenTheObjectIsNotFound) {
         });
         Open(Warnings());
         ClickRow(0);
-        std::wstring message;
         Script script;
-        script.WithNewDialog([&](HWND box) {
-            message = uidriver::Text(GetDlgItem(box, 0xFFFF));
-            uidriver::Key(VK_RETURN);
-        });
-        script.Start();
-        SendMessageW(dlg_, WM_COMMAND, IDC_SIMPLEREPORT_ZOOM, 0);
-        EXPECT_EQ(script.Failure(), "");
-        EXPECT_EQ(message.rfind(L"The object cannot be shown.", 0), 0u) << message;
+        Do(IDC_SIMPLEREPORT_ZOOM, script, L"The object cannot be shown.");
         Close();
     }
 }
@@ -671,10 +601,8 @@ TEST_F(SimpleReportTest, RunsModallyAndRefusesAParentThatIsGone) {
     EXPECT_TRUE(SimpleReportOuputDlg::Run(nullptr, Warnings(), {}));
     EXPECT_TRUE(script.Finished()) << script.Failure();
 
-    const HWND gone = CreateWindowExW(0, L"Static", L"", 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
-    DestroyWindow(gone);
-    EXPECT_FALSE(SimpleReportOuputDlg::Run(gone, Warnings(), {}));
-    EXPECT_EQ(SimpleReportOuputDlg::Create(gone, Warnings(), {}), nullptr);
+    EXPECT_FALSE(SimpleReportOuputDlg::Run(GoneWindow(), Warnings(), {}));
+    EXPECT_EQ(SimpleReportOuputDlg::Create(GoneWindow(), Warnings(), {}), nullptr);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <orvatool/String.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cwchar>
 #include <iterator>
@@ -19,9 +20,14 @@
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
+#include "support/TestFolder.h"
+#include "support/XmlFaults.h"
 
 // How a failed comparison shows a text.
 namespace orvaspace {
@@ -41,26 +47,6 @@ std::wstring ToolkitFolder() {
     return whole.substr(0, whole.rfind(L'\\') + 1);
 }
 
-// A file with this content, gone at the end of the scope.
-class TemporaryFile {
-public:
-    TemporaryFile(const std::wstring& path, const std::string& content) : path_(path) { Write(content); }
-    ~TemporaryFile() { DeleteFileW(path_.c_str()); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    void Write(const std::string& content) const {
-        const HANDLE file = CreateFileW(path_.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-        ASSERT_NE(file, INVALID_HANDLE_VALUE);
-        DWORD written = 0;
-        EXPECT_TRUE(WriteFile(file, content.data(), static_cast<DWORD>(content.size()), &written, nullptr));
-        CloseHandle(file);
-    }
-
-private:
-    std::wstring path_;
-};
-
 // Every test has a product key of its own and starts in English.
 class Services : public testing::Test {
 protected:
@@ -78,8 +64,11 @@ protected:
 
 // ---- Texts
 
-class Texts : public Services {
+class Catalogues : public Services {
 protected:
+    Catalogues() { WriteBytes(file_, ""); }
+    ~Catalogues() override { DeleteFileW(file_.c_str()); }
+
     static std::string Unit(const std::string& id, const std::string& source, const std::string& target) {
         return "<trans-unit id=\"" + id + "\"><source>" + source + "</source><target>" + target +
                "</target></trans-unit>";
@@ -89,15 +78,15 @@ protected:
                "</body></file></xliff>\n";
     }
     // Makes `content` the catalogue of the language in use.
-    void Use(const std::string& content) {
-        file_.Write(content);
+    void Use(const std::string& content) const {
+        WriteBytes(file_, content);
         Lng::SetLanguage(L"xx-test");
     }
 
-    TemporaryFile file_{ToolkitFolder() + L"lang\\xx-test.xlf", ""};
+    const std::wstring file_ = ToolkitFolder() + L"lang\\xx-test.xlf";
 };
 
-TEST_F(Texts, AreTranslatedByApplicationAndNumber) {
+TEST_F(Catalogues, AreTranslatedByApplicationAndNumber) {
     Use(Catalogue(Unit("3:1", "Last", "Viimeinen") + Unit("1:5", "Name", "Nimi \xC3\xA4&#13;&#10;&amp;x") +
                   Unit("1:5", "Name", "second") + Unit("1:6", "Old wording", "Uusi") + Unit("1:7", "Name", "") +
                   Unit("x", "Name", "bad") + Unit("1:8x", "Name", "bad") + Unit("-1:-9", "Name", "minus")));
@@ -112,7 +101,7 @@ TEST_F(Texts, AreTranslatedByApplicationAndNumber) {
     EXPECT_EQ(Lng::text(Lng::Hpv, 9, nullptr), L"");
 }
 
-TEST_F(Texts, ATranslationWithOtherConversionsIsRefused) {
+TEST_F(Catalogues, ATranslationWithOtherConversionsIsRefused) {
     Use(Catalogue(Unit("1:1", "", "%s of %d") + Unit("1:2", "", "%d / %d %%") + Unit("1:3", "", "%n")));
     EXPECT_EQ(Lng::text(Lng::Hpv, 1, L"%d of %s"), L"%d of %s");
     EXPECT_EQ(Lng::text(Lng::Hpv, 1, L"%s in %d"), L"%s of %d");
@@ -120,12 +109,8 @@ TEST_F(Texts, ATranslationWithOtherConversionsIsRefused) {
     EXPECT_EQ(Lng::text(Lng::Hpv, 3, L"Plain"), L"Plain");
 }
 
-TEST_F(Texts, ConversionsAreComparedByTheArgumentsTheyTake) {
-    const struct {
-        const wchar_t* format;
-        const wchar_t* other;
-        bool same;
-    } kCases[] = {
+TEST_F(Catalogues, ConversionsAreComparedByTheArgumentsTheyTake) {
+    const std::tuple<const wchar_t*, const wchar_t*, bool> kCases[] = {
         {L"",           L"plain 100%%", true },
         {L"%d",         L"%5i",         true },
         {L"%.2f m",     L"%-8.3f",      true },
@@ -141,48 +126,41 @@ TEST_F(Texts, ConversionsAreComparedByTheArgumentsTheyTake) {
         {L"50 % of it", L"50 %",        false},
         {L"%",          L"",            true },
     };
-    for (const auto& row : kCases) {
-        EXPECT_EQ(Lng::SameConversions(row.format, row.other), row.same) << row.format << " / " << row.other;
-        EXPECT_EQ(Lng::SameConversions(row.other, row.format), row.same);
+    for (const auto& [format, other, same] : kCases) {
+        EXPECT_EQ(Lng::SameConversions(format, other), same) << format << " / " << other;
+        EXPECT_EQ(Lng::SameConversions(other, format), same);
     }
     EXPECT_FALSE(Lng::SameConversions(nullptr, L""));
 }
 
-TEST_F(Texts, ACorruptCatalogueMeansTheDefaults) {
+TEST_F(Catalogues, ACorruptCatalogueMeansTheDefaults) {
     const std::string whole = Catalogue(Unit("1:5", "Name", "Nimi"));
-    for (std::size_t size = 0; size <= whole.size(); ++size) {
-        Use(whole.substr(0, size));
-        const ustr text = Lng::text(Lng::Hpv, 5, L"Name");
-        EXPECT_TRUE(text == L"Name" || text == L"Nimi") << size;
+    for (const std::string& truncated : Truncated(whole)) {
+        Use(truncated);
+        EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Name") << truncated.size();
     }
+    Use(whole);
     EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Nimi");
-    std::string deep;
-    for (int i = 0; i < 200'000; ++i)
-        deep += "<a>";
-    for (const std::string& content : {deep, std::string(1000, '\0'), std::string("\xFF\xFE<\0x", 5),
+    for (const std::string& content : {Nested("a", 200'000), std::string(1000, '\0'), std::string("\xFF\xFE<\0x", 5),
                                        std::string("<xliff><file/></xliff>"), Catalogue("<trans-unit/>")}) {
         Use(content);
         EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Name");
     }
 }
 
-TEST_F(Texts, TheLanguageSwitchesAtRunTime) {
+TEST_F(Catalogues, TheLanguageSwitchesAtRunTime) {
     EXPECT_EQ(Lng::text(Lng::Hpv, 25903, L"Available properties"), L"Available properties");
-    const struct {
-        const wchar_t* wanted;
-        const wchar_t* used;
-        const wchar_t* text;
-    } kCases[] = {
+    const std::array<const wchar_t*, 3> kCases[] = {
         {L"fi",           L"fi", L"Käytettävissä olevat ominaisuudet"},
         {L"SV-se",        L"sv", L"Tillgängliga egenskaper"            },
         {L"de",           L"de", L"Verfügbare Eigenschaften"           },
         {L"tlh",          L"en", L"Available properties"                },
         {L"..\\lang\\fi", L"en", L"Available properties"                },
     };
-    for (const auto& row : kCases) {
-        Lng::SetLanguage(row.wanted);
-        EXPECT_EQ(Lng::GetLanguage(), row.used);
-        EXPECT_EQ(Lng::text(Lng::Hpv, 25903, L"Available properties"), row.text);
+    for (const auto& [wanted, used, text] : kCases) {
+        Lng::SetLanguage(wanted);
+        EXPECT_EQ(Lng::GetLanguage(), used);
+        EXPECT_EQ(Lng::text(Lng::Hpv, 25903, L"Available properties"), text);
     }
     const std::vector<ustr> languages = Lng::GetLanguages();
     EXPECT_EQ(languages.front(), L"en");
@@ -192,7 +170,7 @@ TEST_F(Texts, TheLanguageSwitchesAtRunTime) {
     }
 }
 
-TEST_F(Texts, TheUsersSettingIsKept) {
+TEST_F(Catalogues, TheUsersSettingIsKept) {
     Lng::SetLanguage(nullptr);
     const ustr systems = Lng::GetLanguage();
     ASSERT_TRUE(Lng::SetUserLanguage(L"sv"));
@@ -213,17 +191,17 @@ TEST_F(Texts, TheUsersSettingIsKept) {
     }
 }
 
-TEST_F(Texts, ReleasedCataloguesAreReadAgain) {
+TEST_F(Catalogues, ReleasedCataloguesAreReadAgain) {
     Use(Catalogue(Unit("1:5", "Name", "Nimi")));
     EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Nimi");
-    file_.Write(Catalogue(Unit("1:5", "Name", "Toinen")));
+    WriteBytes(file_, Catalogue(Unit("1:5", "Name", "Toinen")));
     EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Nimi");
     gwrelease();
     EXPECT_EQ(Lng::GetLanguage(), L"xx-test");
     EXPECT_EQ(Lng::text(Lng::Hpv, 5, L"Name"), L"Toinen");
 }
 
-TEST_F(Texts, ThePseudoLanguageShowsWhatIsTranslated) {
+TEST_F(Catalogues, ThePseudoLanguageShowsWhatIsTranslated) {
     Lng::SetLanguage(Lng::kPseudoLanguage);
     EXPECT_EQ(Lng::GetLanguage(), Lng::kPseudoLanguage);
     EXPECT_EQ(Lng::text(Lng::Hpv, 1, L"Name"), L"[Ñámé~~]");
@@ -240,7 +218,7 @@ TEST_F(Texts, ThePseudoLanguageShowsWhatIsTranslated) {
         << "a long filler must be able to wrap";
 }
 
-TEST_F(Texts, CaptionsNameTheApplication) {
+TEST_F(Catalogues, CaptionsNameTheApplication) {
     EXPECT_EQ(Lng::makeDlgHeader(Lng::Hpv, 1, L"Page", Lng::Electrical), L"Page - OrvaCAD Electrical");
     EXPECT_EQ(Lng::makeDlgHeader(Lng::Hpv, 1, L"Page", Lng::NoApp), L"Page");
     EXPECT_EQ(Lng::makeDlgHeader(Lng::Hpv, 1, L"Page", static_cast<Lng::AppID>(99)), L"Page");
@@ -257,7 +235,7 @@ TEST_F(Texts, CaptionsNameTheApplication) {
     EXPECT_EQ(Lng::GetAppTag(Lng::NoApp), L"");
 }
 
-TEST_F(Texts, AreSetToWindows) {
+TEST_F(Catalogues, AreSetToWindows) {
     const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 90, 90, nullptr, nullptr, nullptr, nullptr);
     const HMENU id = reinterpret_cast<HMENU>(static_cast<INT_PTR>(7));
     const HWND control = CreateWindowExW(0, L"STATIC", L"Old", WS_CHILD, 0, 0, 9, 9, window, id, nullptr, nullptr);
@@ -298,9 +276,11 @@ protected:
         RegSetKeyValueW(HKEY_CURRENT_USER, (std::wstring(kTestKey) + L"\\Window").c_str(), L"Dlg", type, data, size);
     }
     static void Store(const Stored& stored) { Store(&stored, sizeof stored); }
-    static bool Restore(HWND window) {
-        return InterApp::HPV::Reg_GetWindowPos_(nullptr, L"Window/Dlg", window, nullptr, nullptr, true);
+    static bool Save(HWND window) { return InterApp::HPV::Reg_SetWindowPos_(nullptr, L"Window/Dlg", window); }
+    static bool Read(HWND window, RECT* rect, int* showState, bool apply = false) {
+        return InterApp::HPV::Reg_GetWindowPos_(nullptr, L"Window/Dlg", window, rect, showState, apply);
     }
+    static bool Restore(HWND window) { return Read(window, nullptr, nullptr, true); }
     static RECT Rect(HWND window) {
         RECT rect{};
         GetWindowRect(window, &rect);
@@ -308,13 +288,6 @@ protected:
     }
     static int Width(const RECT& rect) { return rect.right - rect.left; }
     static int Height(const RECT& rect) { return rect.bottom - rect.top; }
-    void ExpectInside(const RECT& rect) const {
-        EXPECT_GE(rect.left, area_.left);
-        EXPECT_GE(rect.top, area_.top);
-        EXPECT_LE(rect.right, area_.right);
-        EXPECT_LE(rect.bottom, area_.bottom);
-    }
-
     static constexpr DWORD kSizable = WS_POPUP | WS_CAPTION | WS_THICKFRAME | WS_MAXIMIZEBOX | WS_MINIMIZEBOX;
     static constexpr DWORD kFixed = WS_POPUP | WS_CAPTION;
     HWND window_ = nullptr;
@@ -322,7 +295,7 @@ protected:
 };
 
 TEST_F(Positions, AreRestoredWhereTheyWereStored) {
-    ASSERT_TRUE(InterApp::HPV::Reg_SetWindowPos_(nullptr, L"Window/Dlg", Open(kSizable, 60, 70, 410, 320)));
+    ASSERT_TRUE(Save(Open(kSizable, 60, 70, 410, 320)));
     const RECT stored = Rect(window_);
     EXPECT_TRUE(Restore(Open(kSizable)));
     const RECT restored = Rect(window_);
@@ -330,7 +303,7 @@ TEST_F(Positions, AreRestoredWhereTheyWereStored) {
     RECT read{};
     int showState = 0;
     MoveWindow(window_, 5, 6, 200, 100, FALSE);
-    EXPECT_TRUE(InterApp::HPV::Reg_GetWindowPos_(nullptr, L"Window/Dlg", window_, &read, &showState, false));
+    EXPECT_TRUE(Read(window_, &read, &showState));
     EXPECT_TRUE(EqualRect(&read, &stored));
     EXPECT_EQ(showState, SW_SHOWNORMAL);
     EXPECT_EQ(Rect(window_).left, 5) << "moved without apply";
@@ -357,17 +330,15 @@ TEST_F(Positions, TheShowStateComesBack) {
     const RECT normal = Rect(window_);
     for (const int state : {SW_SHOWMAXIMIZED, SW_SHOWMINIMIZED}) {
         ShowWindow(window_, state);
-        ASSERT_TRUE(InterApp::HPV::Reg_SetWindowPos_(nullptr, L"Window/Dlg", window_));
+        ASSERT_TRUE(Save(window_));
         RECT rect{};
         int stored = 0;
-        EXPECT_TRUE(InterApp::HPV::Reg_GetWindowPos_(nullptr, L"Window/Dlg", nullptr, &rect, &stored, false));
+        EXPECT_TRUE(Read(nullptr, &rect, &stored));
         EXPECT_TRUE(EqualRect(&rect, &normal)) << state;
         EXPECT_EQ(stored, state == SW_SHOWMAXIMIZED ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL);
         ShowWindow(window_, SW_RESTORE);
     }
-    Stored maximized;
-    maximized.showState = SW_SHOWMAXIMIZED;
-    Store(maximized);
+    Store(Stored{.showState = SW_SHOWMAXIMIZED});
     EXPECT_TRUE(Restore(Open(kSizable)));
     EXPECT_TRUE(IsZoomed(window_));
     EXPECT_TRUE(Restore(Open(kFixed)));
@@ -383,75 +354,55 @@ TEST_F(Positions, AlwaysComeBackOntoAMonitor) {
         {-500,  -500,  9000,  9000 },
     };
     for (const RECT& place : kPlaces) {
-        Stored stored;
-        stored.left = place.left;
-        stored.top = place.top;
-        stored.right = place.right;
-        stored.bottom = place.bottom;
-        stored.dpi = GetDpiForSystem();
-        Store(stored);
-        EXPECT_TRUE(Restore(Open(kSizable)));
-        ExpectInside(Rect(window_));
-        EXPECT_EQ(Width(Rect(window_)), std::min(Width(place), Width(area_)));
-        EXPECT_TRUE(Restore(Open(kFixed)));
-        ExpectInside(Rect(window_));
+        Store(Stored{1, place.left, place.top, place.right, place.bottom, SW_SHOWNORMAL, GetDpiForSystem()});
+        for (const DWORD style : {kSizable, kFixed}) {
+            EXPECT_TRUE(Restore(Open(style)));
+            const RECT rect = Rect(window_);
+            RECT inside{};
+            EXPECT_TRUE(IntersectRect(&inside, &rect, &area_) && EqualRect(&inside, &rect));
+            EXPECT_EQ(Width(rect), style == kFixed ? 300 : std::min(Width(place), Width(area_)));
+        }
     }
 }
 
-TEST_F(Positions, SizesFollowTheResolution) {
+TEST_F(Positions, SizesFollowTheResolutionUnlessTheyAreFixed) {
     const unsigned dpi = GetDpiForSystem();
     for (const unsigned storedDpi : {dpi, dpi * 2, dpi / 2}) {
-        Stored stored;
-        stored.dpi = storedDpi;
-        Store(stored);
+        Store(Stored{.dpi = storedDpi});
         EXPECT_TRUE(Restore(Open(kSizable)));
         EXPECT_EQ(Width(Rect(window_)), MulDiv(400, static_cast<int>(dpi), static_cast<int>(storedDpi)));
         EXPECT_EQ(Height(Rect(window_)), MulDiv(300, static_cast<int>(dpi), static_cast<int>(storedDpi)));
+        EXPECT_TRUE(Restore(Open(kFixed)));
+        const RECT rect = Rect(window_);
+        const RECT expected{100, 120, 400, 320};
+        EXPECT_TRUE(EqualRect(&rect, &expected));
     }
 }
 
-TEST_F(Positions, AWindowOfFixedSizeKeepsIt) {
-    Store(Stored{});
-    EXPECT_TRUE(Restore(Open(kFixed, 10, 20, 300, 200)));
-    const RECT rect = Rect(window_);
-    EXPECT_EQ(rect.left, 100);
-    EXPECT_EQ(rect.top, 120);
-    EXPECT_EQ(Width(rect), 300);
-    EXPECT_EQ(Height(rect), 200);
-}
-
 TEST_F(Positions, ANonsenseValueIsIgnored) {
-    std::vector<Stored> nonsense(9);
-    nonsense[0].version = 2;
-    nonsense[1].right = nonsense[1].left;
-    nonsense[2].bottom = nonsense[2].top - 1;
-    nonsense[3].left = INT32_MIN;
-    nonsense[4].bottom = INT32_MAX;
-    nonsense[5].showState = SW_HIDE;
-    nonsense[6].showState = 0xFFFFFFFF;
-    nonsense[7].dpi = 0;
-    nonsense[8].dpi = 0x80000000;
+    const Stored kNonsense[] = {
+        {.version = 2},        {.right = 100},         {.bottom = 119},           {.left = INT32_MIN},
+        {.bottom = INT32_MAX}, {.showState = SW_HIDE}, {.showState = 0xFFFFFFFF}, {.dpi = 0},
+        {.dpi = 0x80000000},
+    };
     Open(kSizable);
     const RECT before = Rect(window_);
     const auto expectIgnored = [&](std::size_t i) {
         RECT rect{1, 2, 3, 4};
         int showState = -7;
-        EXPECT_FALSE(InterApp::HPV::Reg_GetWindowPos_(nullptr, L"Window/Dlg", window_, &rect, &showState, true)) << i;
+        EXPECT_FALSE(Read(window_, &rect, &showState, true)) << i;
         EXPECT_EQ(rect.left, 1);
         EXPECT_EQ(showState, -7);
         const RECT after = Rect(window_);
         EXPECT_TRUE(EqualRect(&before, &after)) << i;
     };
-    for (std::size_t i = 0; i < nonsense.size(); ++i) {
-        Store(nonsense[i]);
+    for (std::size_t i = 0; i < std::size(kNonsense); ++i) {
+        Store(kNonsense[i]);
         expectIgnored(i);
     }
-    struct {
-        Stored good;
-        char more[8] = {};
-    } longer;
+    const Stored good[2] = {};
     for (const DWORD size : {0ul, 1ul, 24ul, 27ul, 29ul, 36ul}) {
-        Store(&longer, size);
+        Store(good, size);
         expectIgnored(size);
     }
     Store(L"a text of this many chars", sizeof(Stored), REG_SZ);
@@ -468,7 +419,7 @@ TEST_F(Positions, BadArgumentsAreRefused) {
     for (const HWND window : {static_cast<HWND>(nullptr), gone}) {
         EXPECT_FALSE(Reg_SetWindowPos_(nullptr, L"Window/New", window));
     }
-    EXPECT_FALSE(Reg_GetWindowPos_(nullptr, L"Window/Dlg", gone, nullptr, nullptr, true));
+    EXPECT_FALSE(Restore(gone));
     Open(kSizable);
     for (const wchar_t* key : {static_cast<const wchar_t*>(nullptr), L"", L"Window/", L"/"}) {
         EXPECT_FALSE(Reg_SetWindowPos_(nullptr, key, window_));
@@ -534,10 +485,7 @@ TEST(Guids, ComeBackFromTheirText) {
 }
 
 TEST(Guids, AnyOtherTextIsRefused) {
-    const struct {
-        const wchar_t* text;
-        int format;
-    } kCases[] = {
+    const std::pair<const wchar_t*, int> kCases[] = {
         {nullptr,                                      Guid::Plain },
         {L"",                                          Guid::Plain },
         {L"{}",                                        Guid::Braced},
@@ -554,9 +502,9 @@ TEST(Guids, AnyOtherTextIsRefused) {
         {L"01234567-89ab-cdef-f01e-2d3c4b5a697\xFF18", Guid::Plain },
         {L"01234567-89ab-cdef-f01e-2d3c4b5a6978",      0           },
     };
-    for (const auto& row : kCases) {
+    for (const auto& [text, format] : kCases) {
         GUID guid = kSomeGuid;
-        EXPECT_FALSE(Guid::FromString(guid, row.text, row.format)) << row.text;
+        EXPECT_FALSE(Guid::FromString(guid, text, format)) << text;
         EXPECT_TRUE(Guid::IsNull(guid));
     }
 }
@@ -564,21 +512,18 @@ TEST(Guids, AnyOtherTextIsRefused) {
 // ---- Texts as lists and in searches
 
 TEST(Strings, SplittingKeepsEmptyParts) {
-    const struct {
-        const wchar_t* text;
-        std::vector<ustr> parts;
-    } kCases[] = {
+    const std::pair<const wchar_t*, std::vector<ustr>> kCases[] = {
         {L"",       {}                         },
         {L"a",      {L"a"}                     },
         {L"|",      {L"", L""}                 },
         {L"5||a",   {L"5", L"", L"a"}          },
         {L"|a|b||", {L"", L"a", L"b", L"", L""}},
     };
-    for (const auto& row : kCases) {
+    for (const auto& [text, expected] : kCases) {
         std::vector<ustr> parts{L"old"};
-        String::ArrayFromString(row.text, parts, L'|');
-        EXPECT_EQ(parts, row.parts) << row.text;
-        EXPECT_EQ(String::ArrayToString(parts, L"|"), row.text);
+        String::ArrayFromString(text, parts, L'|');
+        EXPECT_EQ(parts, expected) << text;
+        EXPECT_EQ(String::ArrayToString(parts, L"|"), text);
     }
     std::vector<ustr> self{L"a|b"};
     String::ArrayFromString(self[0], self, L'|');
@@ -587,10 +532,7 @@ TEST(Strings, SplittingKeepsEmptyParts) {
 }
 
 TEST(Strings, FoldingDropsCaseAndAccents) {
-    const struct {
-        const wchar_t* text;
-        const wchar_t* folded;
-    } kCases[] = {
+    const std::pair<const wchar_t*, const wchar_t*> kCases[] = {
         {L"Supply AIR 12",         L"supply air 12"    },
         {L"ÄÖÅäöå Éçñü", L"aoaaoa ecnu"      },
         {L"e\u0301A\u0308",        L"ea"               },
@@ -603,10 +545,8 @@ TEST(Strings, FoldingDropsCaseAndAccents) {
         {L"\u00B5",                L"\u03BC"           },
         {L"漢\U0001F600\x1",      L"漢\U0001F600\x1" },
     };
-    for (const auto& row : kCases) {
-        EXPECT_EQ(String::Fold(row.text), row.folded) << row.text;
-        EXPECT_EQ(String::Fold(row.folded), row.folded);
-    }
+    for (const auto& [text, folded] : kCases)
+        EXPECT_EQ(String::Fold(text), folded) << text;
     for (wchar_t c = 1; c < 0xFFFF; ++c) {
         const ustr once = String::Fold(std::wstring_view(&c, 1));
         EXPECT_EQ(String::Fold(once), once) << static_cast<int>(c);
@@ -680,76 +620,49 @@ TEST_F(Services, FileTypesAreListedInOrder) {
     EXPECT_EQ(types.GetDefaultExt(), L"*.xml");
 }
 
-class FileDialogs : public Services {
+class FileDialogs : public DialogTest {
 protected:
-    FileDialogs() {
-        wchar_t folder[MAX_PATH] = {};
-        GetTempPathW(MAX_PATH, folder);
-        folder_ = std::wstring(folder) + L"orvatool-test-ä";
-        CreateDirectoryW(folder_.c_str(), nullptr);
+    bool Select(bool save) {
+        return RunSteps([&] { return MiscUtil::SelectXmlFile(nullptr, Lng::Electrical, save, path_); });
     }
-    ~FileDialogs() override { RemoveDirectoryW(folder_.c_str()); }
 
-    std::wstring In(const wchar_t* name) const { return folder_ + L"\\" + name; }
-
-    static void Cancel(HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0); }
-
-    std::wstring folder_;
+    const TestFolder folder_;
+    ustr_pre<260> path_{folder_.File(L"old.xml")};
 };
 
-TEST_F(FileDialogs, ANameWithoutExtensionGetsXml) {
-    ustr_pre<260> path(In(L"proposal.xml"));
-    uidriver::Script script;
-    script.WithNewDialog([](HWND dlg) { uidriver::ChooseFile(dlg, L"uusi tiedosto"); });
-    script.Start();
-    EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, true, path));
-    EXPECT_EQ(script.Failure(), "");
-    EXPECT_EQ(path, In(L"uusi tiedosto.xml"));
-}
-
-TEST_F(FileDialogs, TheCallersNameIsProposed) {
-    ustr_pre<260> path(In(L"proposal.xml"));
-    uidriver::Script script;
-    script.WithNewDialog([](HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDOK, 0); });
-    script.Start();
-    EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, true, path));
-    EXPECT_EQ(path, In(L"proposal.xml"));
+TEST_F(FileDialogs, ProposeTheCallersNameAndAddTheExtension) {
+    Step([](HWND dlg) {
+        EXPECT_EQ(uidriver::Text(dlg), L"Save as an XML file - OrvaCAD Electrical");
+        PostMessageW(dlg, WM_COMMAND, IDOK, 0);
+    });
+    EXPECT_TRUE(Select(true));
+    EXPECT_EQ(path_, folder_.File(L"old.xml"));
+    Step([](HWND dlg) { uidriver::ChooseFile(dlg, L"uusi tiedosto"); });
+    EXPECT_TRUE(Select(true));
+    EXPECT_EQ(path_, folder_.File(L"uusi tiedosto.xml"));
 }
 
 TEST_F(FileDialogs, ReplacingAFileIsAskedFor) {
-    const TemporaryFile existing(In(L"old.xml"), "<old/>");
-    ustr_pre<260> path(In(L"old.xml"));
-    const ustr before = path;
-    uidriver::Script script;
-    HWND dialog = nullptr;
-    std::wstring caption;
-    script.WithNewDialog([&](HWND dlg) {
-        dialog = dlg;
-        caption = uidriver::Text(dlg);
-        uidriver::ChooseFile(dlg, L"old.xml");
-    });
-    script.WithNewDialog([](HWND question) { uidriver::Click(question, IDNO); });
-    script.WaitFor("the question is gone", [&] { return uidriver::TopDialog() == dialog; });
-    script.Then([&] { Cancel(dialog); });
-    script.Start();
-    EXPECT_FALSE(MiscUtil::SelectXmlFile(nullptr, Lng::Electrical, true, path));
-    EXPECT_EQ(script.Failure(), "");
-    EXPECT_EQ(caption, L"Save as an XML file - OrvaCAD Electrical");
-    EXPECT_EQ(path, before);
+    WriteBytes(path_.c_str(), "<old/>");
+    Step([](HWND dlg) { uidriver::ChooseFile(dlg, L"old.xml"); });
+    InNewDialog([](HWND question) { uidriver::Click(question, IDNO); });
+    script_->WaitFor("the question is gone", [&] { return uidriver::TopDialog() == dlg_; });
+    Step([](HWND dlg) { PostMessageW(dlg, WM_COMMAND, IDCANCEL, 0); });
+    EXPECT_FALSE(Select(true));
+    EXPECT_EQ(path_, folder_.File(L"old.xml"));
 }
 
 TEST_F(FileDialogs, AnExistingFileIsOpened) {
-    const TemporaryFile existing(In(L"old.xml"), "<old/>");
-    ustr_pre<260> path(In(L""));
-    uidriver::Script script;
-    script.WithNewDialog([](HWND dlg) { uidriver::ChooseFile(dlg, L"old.xml"); });
-    script.Start();
-    EXPECT_TRUE(MiscUtil::SelectXmlFile(nullptr, Lng::Hpv, false, path));
-    EXPECT_EQ(script.Failure(), "");
-    EXPECT_EQ(path, In(L"old.xml"));
+    WriteBytes(path_.c_str(), "<old/>");
+    path_ = folder_.File(L"");
+    Step([](HWND dlg) { uidriver::ChooseFile(dlg, L"old.xml"); });
+    EXPECT_TRUE(Select(false));
+    EXPECT_EQ(path_, folder_.File(L"old.xml"));
 }
 
 // ---- Images
+
+constexpr int kImages[] = {ImageLib::Property, ImageLib::PropertyGroup, ImageLib::ConstantText, ImageLib::Product};
 
 TEST_F(Services, ImagesComeInTheSizeOfTheResolution) {
     for (const unsigned dpi : {96u, 120u, 144u, 192u}) {
@@ -760,7 +673,7 @@ TEST_F(Services, ImagesComeInTheSizeOfTheResolution) {
         EXPECT_EQ(width, size);
         EXPECT_EQ(height, size);
         std::set<int> places;
-        for (const int id : {ImageLib::Property, ImageLib::PropertyGroup, ImageLib::ConstantText, ImageLib::Product}) {
+        for (const int id : kImages) {
             const int place = ImageLib::GetImage(id, dpi);
             EXPECT_TRUE(place >= 0 && place < ImageList_GetImageCount(ImageLib::GetImageList(dpi)));
             EXPECT_TRUE(places.insert(place).second);
@@ -777,7 +690,7 @@ TEST_F(Services, ImagesComeInTheSizeOfTheResolution) {
 }
 
 TEST_F(Services, BitmapsArePremultiplied) {
-    for (const int id : {ImageLib::Property, ImageLib::PropertyGroup, ImageLib::ConstantText, ImageLib::Product}) {
+    for (const int id : kImages) {
         DIBSECTION dib{};
         ASSERT_EQ(GetObjectW(ImageLib::GetBitmap(id, 96), sizeof dib, &dib), static_cast<int>(sizeof dib));
         ASSERT_EQ(dib.dsBm.bmBitsPixel, 32);

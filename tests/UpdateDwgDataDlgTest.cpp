@@ -10,20 +10,16 @@
 #include <vector>
 
 #include "project_ids.h"
-#include "support/DialogTest.h"
-#include "support/SelectionHost.h"
+#include "support/SelectionTest.h"
 #include "support/TestFolder.h"
 
 namespace {
 
-using ObjectSelection::Dlg::kNoManualSelection;
 using UpdateDwgData::Options;
 using UpdateDwgData::PrjDb::OptionsRec;
 using Ids = std::set<long>;
 
 namespace PrjDb = UpdateDwgData::PrjDb;
-
-constexpr std::uint32_t kNoManual = kNoManualSelection;
 
 /// Two headings; the items of the second need a selection set. What the rows are to the caller itself is of no concern.
 TREE_INSERTLIST2 Items() {
@@ -45,18 +41,14 @@ bool IsFlow(std::uint64_t id) {
     return id == 20 || id == 21;
 }
 
-ObjectSelection::Data Systems(std::int32_t system) {
-    ObjectSelection::Data data;
-    data.bySelectionSet = data.currentDrawing = data.useSystems = true;
-    data.systems = {system};
-    return data;
-}
+const ObjectSelection::Data kShown = SystemInCurrentDrawing(31);
+const ObjectSelection::Data kStored = SystemInCurrentDrawing(32);
 
-OptionsRec Set(const wchar_t* name, Ids properties, std::int32_t system = 32) {
+OptionsRec Set(const wchar_t* name, Ids properties) {
     OptionsRec rec;
     rec.name = name;
     rec.options.properties = std::move(properties);
-    rec.options.selection = Systems(system);
+    rec.options.selection = kStored;
     return rec;
 }
 
@@ -93,19 +85,10 @@ class UpdateDwgDataDlgTest : public DialogTest {
 protected:
     UpdateDwgDataDlgTest() {
         options_.properties = {12};
-        options_.selection = Systems(31);
+        options_.selection = kShown;
     }
 
     void Store(OptionsRec rec) { ASSERT_TRUE(PrjDb::Write(db_, rec)); }
-    /// Puts a set into the database whose options are this text.
-    void StoreXml(const char* objId, const wchar_t* xml) {
-        QBaseDb::Rec* const record = db_.createRec("UP", objId);
-        db_.insertWsz(record, 1501, L"Unreadable");
-        db_.insertWsz(record, 1589, xml);
-        ASSERT_EQ(db_.saveRec(record), 0);
-        db_.releaseRec(record);
-    }
-
     /// Clicks the item's check box.
     void Check(const wchar_t* text) {
         Step([=](HWND dlg) { ClickInTree(Tree(dlg), text, true); });
@@ -140,9 +123,11 @@ protected:
             return UpdateDwgData::OptionsDlg(parent_, Lng::Hpv, options_, items, db_, host_.Callback(), needsSet);
         });
     }
-    bool Run() {
+    /// Runs the steps, up to OK or Cancel.
+    void RunTo(int button) {
         const TREE_INSERTLIST2 items = Items();
-        return Run(&items);
+        Press(button);
+        EXPECT_EQ(Run(&items), button == IDOK);
     }
 
     const TestFolder folder_;
@@ -157,30 +142,23 @@ protected:
 TEST_F(UpdateDwgDataDlgTest, OkGivesTheOptionsBackAsTheyWereShown) {
     Store(Set(L"Second name", {13}));
     Store(Set(L"A name", {13}));
-    StoreXml("000007", L"<UpdateDwgDataType Version=\"20161102\" Format=\"20161102\"/>");
-    StoreXml("000008", L"<UpdateDwgDataType");
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::Text(dlg), L"Update Drawing Data - OrvaCAD HPV");
-        const std::pair<int, const wchar_t*> texts[] = {
-            {100, L"Range"        },
-            {101, L"Selection set"},
-            {140, L"Save"         },
-            {141, L"Save as..."   },
-            {142, L"Delete"       },
-            {143, L"Rename..."    }
-        };
-        for (const auto& [id, text] : texts)
-            EXPECT_EQ(Shown(dlg, id), text);
-        EXPECT_EQ(Names(dlg), (Texts{L"Second name", L"A name"})) << "in the database's order, without the unreadable";
+        EXPECT_EQ(Shown(dlg, 100), L"Range");
+        EXPECT_EQ(Shown(dlg, 101), L"Selection set");
+        EXPECT_EQ(Shown(dlg, 140), L"Save");
+        EXPECT_EQ(Shown(dlg, 141), L"Save as...");
+        EXPECT_EQ(Shown(dlg, 142), L"Delete");
+        EXPECT_EQ(Shown(dlg, 143), L"Rename...");
+        EXPECT_EQ(Names(dlg), (Texts{L"Second name", L"A name"})) << "in the database's order";
         EXPECT_EQ(SendMessageW(Sets(dlg), CB_GETCURSEL, 0, 0), CB_ERR);
         EXPECT_EQ(CheckOf(dlg, L"Length"), kTreeChecked);
         EXPECT_EQ(CheckOf(dlg, L"Dimensions"), kTreePartial);
         EXPECT_EQ(CheckOf(dlg, L"Height"), kTreeUnchecked);
     });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, Ids{12});
-    EXPECT_EQ(options_.selection, Systems(31));
+    EXPECT_EQ(options_.selection, kShown);
     EXPECT_TRUE(options_.flagMask & ObjectSelection::Dlg::kNoPages) << "the control's own";
     EXPECT_TRUE(asked_.empty()) << "nothing was checked or unchecked";
 }
@@ -190,10 +168,9 @@ TEST_F(UpdateDwgDataDlgTest, CancelLeavesTheOptionsButNotTheSets) {
     Check(L"Supply flow");
     Press(IDC_UPDATEDWGDATA_SAVE_AS);
     Name(L"Kept");
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
     EXPECT_EQ(options_.properties, Ids{12});
-    EXPECT_EQ(options_.selection, Systems(31));
+    EXPECT_EQ(options_.selection, kShown);
     EXPECT_EQ(options_.flagMask, 0u);
     EXPECT_EQ(Stored(db_), Texts{L"1 Kept {-105,12,20}"});
 }
@@ -206,8 +183,7 @@ TEST_F(UpdateDwgDataDlgTest, WithoutACheckedItemNothingIsConfirmedOrSaved) {
         ExpectRefused(IDC_UPDATEDWGDATA_ITEMS, button);
     }
     Check(L"Dimensions");
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{-105, 12, 13})) << "a heading stands for what is below it";
     EXPECT_EQ(Stored(db_), Texts{L"1 Set {13}"});
 }
@@ -233,10 +209,9 @@ TEST_F(UpdateDwgDataDlgTest, ItemsThatNeedASelectionSetRuleManualSelectionOut) {
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "none is left"; });
     Check(L"Flow");
     Step(expectForced);
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{12, 13, 20, 21}));
-    EXPECT_TRUE(options_.flagMask & kNoManual);
+    EXPECT_TRUE(options_.flagMask & ObjectSelection::Dlg::kNoManualSelection);
     EXPECT_TRUE(options_.selection.bySelectionSet);
     EXPECT_EQ(asked_, (Ids{12, 13, 20, 21}));
 }
@@ -245,8 +220,7 @@ TEST_F(UpdateDwgDataDlgTest, ACallerThatFailsNeedsNoSelectionSet) {
     itemsFail_ = true;
     Check(L"Supply flow");
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)); });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{12, 20}));
 }
 
@@ -264,10 +238,9 @@ TEST_F(UpdateDwgDataDlgTest, ChoosingASetLoadsItWithoutItsFlagMask) {
     Check(L"Exhaust flow");
     Check(L"Exhaust flow");
     Step([](HWND dlg) { EXPECT_TRUE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "one was checked all the time"; });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{20, 21})) << "what the tree does not have is gone";
-    EXPECT_EQ(options_.selection, Systems(32));
+    EXPECT_EQ(options_.selection, kStored);
     EXPECT_EQ(options_.flagMask, 0u);
 }
 
@@ -298,8 +271,7 @@ TEST_F(UpdateDwgDataDlgTest, SavesUnderTheSelectedSetElseAsksForAName) {
     });
     Press(IDC_UPDATEDWGDATA_SAVE_AS);
     Name(L"Second");
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
     EXPECT_EQ(Stored(db_).back(), L"3 Second {-105,12}") << "a name may be used twice";
 }
 
@@ -341,8 +313,7 @@ TEST_F(UpdateDwgDataDlgTest, RenamesAndDeletesTheSelectedSet) {
     });
     Press(IDC_UPDATEDWGDATA_SAVE_AS);
     Name(L"Fourth");
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
     EXPECT_EQ(Stored(db_)[1], L"2 Fourth {-105,13}") << "the id is free again";
 }
 
@@ -369,30 +340,21 @@ TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
         uidriver::Key(VK_UP);
     });
     ExpectMessage(L"Selection set \"Second\" is no longer in the project.", IDOK);
-    Step([&](HWND dlg) {
+    Step([](HWND dlg) {
         EXPECT_EQ(Names(dlg), (Texts{L"First", L"Third"}));
         EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked) << "what is shown stays";
-        PrjDb::Delete(other, 1);
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
-}
-
-TEST_F(UpdateDwgDataDlgTest, ASetThatIsGoneAlreadyIsDeletedWithoutAWord) {
-    Store(Set(L"Set", {12}));
-    QBaseDb other(file_.c_str());
-    Choose(0);
+    Step([](HWND) { uidriver::Type(L"F"); });
     Step([&](HWND dlg) {
         PrjDb::Delete(other, 1);
         uidriver::Click(dlg, IDC_UPDATEDWGDATA_DELETE);
     });
-    ExpectMessage(L"Do you really want to delete selection set \"Set\"", IDYES);
+    ExpectMessage(L"Do you really want to delete selection set \"First\"", IDYES);
     Step([](HWND dlg) {
-        EXPECT_EQ(uidriver::TopDialog(), dlg);
-        EXPECT_TRUE(Names(dlg).empty());
+        EXPECT_EQ(uidriver::TopDialog(), dlg) << "without a word";
+        EXPECT_EQ(Names(dlg), Texts{L"Third"});
     });
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
 }
 
 TEST_F(UpdateDwgDataDlgTest, ADatabaseThatCannotBeWrittenIsReportedAndTheSetsStay) {
@@ -402,8 +364,9 @@ TEST_F(UpdateDwgDataDlgTest, ADatabaseThatCannotBeWrittenIsReportedAndTheSetsSta
     const QBaseDb::QuickMode busy(other, 1, 1);
     ASSERT_TRUE(busy.IsOpen());
     const auto expectFailure = [this] {
-        InNewDialog([](HWND message) {
-            EXPECT_FALSE(uidriver::Text(GetDlgItem(message, 0xFFFF)).empty());
+        InNewDialog([this](HWND message) {
+            EXPECT_FALSE(db_.GetErrorText().empty());
+            EXPECT_EQ(uidriver::Text(GetDlgItem(message, 0xFFFF)), db_.GetErrorText().c_str());
             uidriver::Click(message, IDOK);
         });
         Step([](HWND dlg) { EXPECT_EQ(Names(dlg), Texts{L"Set"}); });
@@ -418,8 +381,7 @@ TEST_F(UpdateDwgDataDlgTest, ADatabaseThatCannotBeWrittenIsReportedAndTheSetsSta
     Press(IDC_UPDATEDWGDATA_DELETE);
     ExpectMessage(L"Do you really want to delete selection set \"Set\"", IDYES);
     expectFailure();
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
     EXPECT_EQ(Stored(db_), Texts{L"1 Set {12}"});
 }
 
@@ -444,8 +406,7 @@ TEST_F(UpdateDwgDataDlgTest, WhenTheTableIsFullANewSetIsListedThatIsNone) {
     });
     Press(IDC_UPDATEDWGDATA_SAVE);
     AnswerText(L"", nullptr);  // saved as another one
-    Press(IDCANCEL);
-    EXPECT_FALSE(Run());
+    RunTo(IDCANCEL);
     std::vector<OptionsRec> recs;
     PrjDb::Read(db_, recs);
     EXPECT_EQ(recs.size(), static_cast<std::size_t>(kLastId));
@@ -462,8 +423,7 @@ TEST_F(UpdateDwgDataDlgTest, SearchNarrowsTheItemsAndEnterChecksTheMatch) {
         EXPECT_EQ(CheckOf(dlg, L"Exhaust flow"), kTreeChecked);
         EXPECT_FALSE(Enabled(dlg, IDC_UPDATEDWGDATA_MANUAL)) << "as by a click";
     });
-    Press(IDOK);
-    EXPECT_TRUE(Run());
+    RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{12, 21})) << "with what the search hid";
 }
 

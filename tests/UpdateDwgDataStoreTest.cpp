@@ -37,11 +37,12 @@ OptionsRec Named(const wchar_t* name, std::set<long> properties = {}, long id = 
     return rec;
 }
 
-/// Something in every part of the options that is stored.
-Options FullOptions() {
-    Options options;
-    options.properties = {std::numeric_limits<long>::min(), -101, 0, 7, std::numeric_limits<long>::max()};
-    ObjectSelection::Data& selection = options.selection;
+/// Something in every part that is stored.
+OptionsRec Full() {
+    OptionsRec rec;
+    rec.name = L"M\u00e4\u00e4r\u00e4 <&\"'> \U0001F600\t\u4e2d";
+    rec.options.properties = {std::numeric_limits<long>::min(), -101, 0, 7, std::numeric_limits<long>::max()};
+    ObjectSelection::Data& selection = rec.options.selection;
     selection.bySelectionSet = selection.useModelDrawings = selection.useRooms = true;
     selection.modelDrawings.push_back({.id = 0, .path = L"C:\\Ty\u00f6t\\\U0001F600 & 'a' <b>.dwg"});
     selection.rooms = {5, 3, 4};
@@ -54,13 +55,6 @@ Options FullOptions() {
     selection.filterRules = {rule};
     selection.layouts.entries.push_back({.drawing = selection.modelDrawings[0], .name = L"Layout \"1\""});
     selection.partTypesAlt = {"a & b"};
-    return options;
-}
-
-OptionsRec Full() {
-    OptionsRec rec;
-    rec.name = L"M\u00e4\u00e4r\u00e4 <&\"'> \U0001F600\t\u4e2d";
-    rec.options = FullOptions();
     return rec;
 }
 
@@ -74,16 +68,13 @@ void Store(QBaseDb& db, const char* objId, const wchar_t* name, const wchar_t* x
     db.releaseRec(record);
 }
 
-std::wstring Field(const QBaseDb& db, const char* objId, int field) {
+/// A field of a record: the XML text, if no other.
+std::wstring Field(const QBaseDb& db, const char* objId, int field = 1589) {
     ustr text;
     QBaseDb::Rec* record = db.findRec("UP", objId);
     EXPECT_TRUE(record && db.copyWsz(record, field, text));
     db.releaseRec(record);
     return text.c_str();
-}
-
-std::wstring XmlOf(const QBaseDb& db, const char* objId) {
-    return Field(db, objId, 1589);
 }
 
 std::optional<OptionsRec> ReadId(const QBaseDb& db, long id) {
@@ -98,15 +89,11 @@ std::vector<OptionsRec> ReadAll(const QBaseDb& db) {
     return recs;
 }
 
-std::vector<long> Ids(const std::vector<OptionsRec>& recs) {
+std::vector<long> StoredIds(const QBaseDb& db) {
     std::vector<long> ids;
-    for (const OptionsRec& rec : recs)
+    for (const OptionsRec& rec : ReadAll(db))
         ids.push_back(rec.id);
     return ids;
-}
-
-std::vector<long> StoredIds(const QBaseDb& db) {
-    return Ids(ReadAll(db));
 }
 
 /// Takes every id, all of them with the same options.
@@ -120,6 +107,7 @@ void Fill(QBaseDb& db) {
 
 class UpdateDwgDataStore : public testing::Test {
 protected:
+    void Put(OptionsRec rec) { ASSERT_TRUE(Write(*db_, rec)); }
     /// Closes the file and opens it again.
     QBaseDb& Reopen() {
         db_.reset();
@@ -154,9 +142,7 @@ TEST_F(UpdateDwgDataStore, ANewSetGetsTheLowestFreeId) {
     }
     EXPECT_TRUE(Delete(*db_, 1));
     EXPECT_EQ(FindNextFreeId(*db_), 1);
-    OptionsRec rec = Named(L"Again");
-    EXPECT_TRUE(Write(*db_, rec));
-    EXPECT_EQ(rec.id, 1);
+    Put(Named(L"Again"));
     EXPECT_EQ(FindNextFreeId(Reopen()), 4);
 }
 
@@ -167,9 +153,8 @@ TEST_F(UpdateDwgDataStore, AnIdOfTheCallersIsUsedAsItIs) {
         EXPECT_EQ(rec.id, id);
         EXPECT_EQ(ReadId(*db_, id)->options.properties, std::set{id});
     }
-    OptionsRec other = Named(L"Other", {8}, 5);
-    EXPECT_TRUE(Write(*db_, other)) << "in place of the one that is there";
-    EXPECT_EQ(ReadId(*db_, 5)->name, L"Other");
+    Put(Named(L"Other", {8}, 5));
+    EXPECT_EQ(ReadId(*db_, 5)->name, L"Other") << "in place of the one that was there";
     EXPECT_EQ(StoredIds(*db_), (std::vector<long>{5, 40000, 2147483647}));
     EXPECT_EQ(FindNextFreeId(*db_), 1);
 }
@@ -182,8 +167,7 @@ TEST_F(UpdateDwgDataStore, AFullTableTakesNoNewSet) {
         EXPECT_FALSE(Write(*db_, rec));
         EXPECT_EQ(rec.id, id);
     }
-    OptionsRec changed = Named(L"Changed", {}, kLastId);
-    EXPECT_TRUE(Write(*db_, changed));
+    Put(Named(L"Changed", {}, kLastId));
     EXPECT_EQ(ReadAll(*db_).size(), static_cast<std::size_t>(kLastId));
     EXPECT_TRUE(Delete(*db_, kLastId));
     EXPECT_EQ(FindNextFreeId(*db_), kLastId);
@@ -194,23 +178,23 @@ TEST_F(UpdateDwgDataStore, AFullTableTakesNoNewSet) {
 TEST_F(UpdateDwgDataStore, GivesBackEverythingButTheFlagMask) {
     OptionsRec full = Full();
     full.options.flagMask = 0x80000;
-    ASSERT_TRUE(Write(*db_, full));
-    OptionsRec empty;
-    ASSERT_TRUE(Write(*db_, empty));
+    Put(full);
+    Put(OptionsRec());
 
     const std::vector<OptionsRec> recs = ReadAll(Reopen());
     ASSERT_EQ(recs.size(), 2u);
     EXPECT_EQ(recs[0].id, 1);
     EXPECT_EQ(recs[0].name, Full().name);
-    EXPECT_TRUE(Same(recs[0].options, FullOptions())) << "and the mask is 0";
+    EXPECT_TRUE(Same(recs[0].options, Full().options)) << "and the mask is 0";
     EXPECT_EQ(recs[1].id, 2);
     EXPECT_TRUE(recs[1].name.empty());
     EXPECT_TRUE(IsDefault(recs[1].options));
 }
 
 TEST_F(UpdateDwgDataStore, IsReadByIdOrByTheExactName) {
-    for (OptionsRec rec : {Named(L"twice", {1}), Named(L"Twice", {2}), Named(L"Twice", {3}), Named(L"Twice ", {4})})
-        ASSERT_TRUE(Write(*db_, rec));
+    for (const OptionsRec& rec :
+         {Named(L"twice", {1}), Named(L"Twice", {2}), Named(L"Twice", {3}), Named(L"Twice ", {4})})
+        Put(rec);
 
     OptionsRec byName = Named(L"Twice", {}, -5);
     EXPECT_TRUE(Read(*db_, byName));
@@ -224,8 +208,7 @@ TEST_F(UpdateDwgDataStore, IsReadByIdOrByTheExactName) {
 }
 
 TEST_F(UpdateDwgDataStore, ARecordThatIsNotThereLeavesTheCallersAsItWas) {
-    OptionsRec stored = Named(L"Stored", {1});
-    ASSERT_TRUE(Write(*db_, stored));
+    Put(Named(L"Stored", {1}));
     const std::vector<OptionsRec> missing = {Named(L"Stored", {9}, 2), Named(L"STORED", {9}), Named(L"Store", {9}),
                                              Named(L"", {9}), Named(L"", {9}, -1)};
     for (const OptionsRec& before : missing) {
@@ -238,25 +221,24 @@ TEST_F(UpdateDwgDataStore, ARecordThatIsNotThereLeavesTheCallersAsItWas) {
 }
 
 TEST_F(UpdateDwgDataStore, AllAreAppendedInTheOrderOfTheirObjectIds) {
-    for (const long id : {10L, 2L, 1234567L, 100L}) {
-        OptionsRec rec = Named(L"Some", {}, id);
-        ASSERT_TRUE(Write(*db_, rec));
-    }
-    const std::wstring xml = XmlOf(*db_, "000002");
+    for (const long id : {77L, 10L, 2L, 1234567L, 100L})
+        Put(Named(L"Some", {}, id));
+    const std::wstring xml = Field(*db_, "000002");
     Store(*db_, "000000000312", L"Only ten characters of an id count", xml.c_str());
     Store(*db_, "12 monkeys", L"Only the number counts", xml.c_str());
-    std::vector<OptionsRec> recs = {Named(L"Before", {}, 77)};
+    EXPECT_EQ(StoredIds(*db_), (std::vector<long>{3, 2, 10, 77, 100, 12, 1234567}));
+    std::vector<OptionsRec> recs = {Named(L"Before", {}, 9)};
     EXPECT_TRUE(Read(*db_, recs));
-    EXPECT_EQ(Ids(recs), (std::vector<long>{77, 3, 2, 10, 100, 12, 1234567}));
+    EXPECT_EQ(recs.size(), 8u);
+    EXPECT_EQ(recs[0].id, 9) << "what the list held stays";
 }
 
 // ---- the XML text ----
 
 TEST_F(UpdateDwgDataStore, WritesThePropertiesInAscendingOrder) {
-    OptionsRec rec = Named(L"Set", {5, 3});
-    ASSERT_TRUE(Write(*db_, rec));
+    Put(Named(L"Set", {5, 3}));
     EXPECT_EQ(Field(*db_, "000001", 1501), L"Set");
-    const std::wstring xml = XmlOf(*db_, "000001");
+    const std::wstring xml = Field(*db_, "000001");
     const std::wstring start =
         L"<UpdateDwgDataType Version=\"20161101\" Format=\"20161101\">"
         L"<Properties><Property id=\"3\" /><Property id=\"5\" /></Properties>"
@@ -265,9 +247,8 @@ TEST_F(UpdateDwgDataStore, WritesThePropertiesInAscendingOrder) {
     EXPECT_TRUE(xml.ends_with(L"</UpdateDwgDataType>"));
     EXPECT_EQ(std::ranges::count(xml, L'\n'), 0);
 
-    OptionsRec empty;
-    ASSERT_TRUE(Write(*db_, empty));
-    EXPECT_NE(XmlOf(*db_, "000002").find(L"<Properties /><ObjectSelection "), std::wstring::npos);
+    Put(OptionsRec());
+    EXPECT_NE(Field(*db_, "000002").find(L"<Properties /><ObjectSelection "), std::wstring::npos);
 }
 
 constexpr wchar_t kNow[] = L"Version='20161101' Format='20161101'";
@@ -308,8 +289,7 @@ TEST_F(UpdateDwgDataStore, WhatCannotBeReadAsAWholeIsNotReadAtAll) {
         L"Version Format",
         L"",
     };
-    OptionsRec good = Named(L"Good", {1}, 2);
-    ASSERT_TRUE(Write(*db_, good));
+    Put(Named(L"Good", {1}, 2));
     for (const std::wstring& xml : texts) {
         SCOPED_TRACE(std::filesystem::path(xml).string());
         Store(*db_, "000001", L"Bad", xml.empty() ? nullptr : xml.c_str());
@@ -329,12 +309,9 @@ TEST_F(UpdateDwgDataStore, LongTextsAreKeptWhole) {
         rec.name.append(static_cast<wchar_t>(L'a' + i % 26));
     for (long id = 0; id < 30'000; ++id)
         rec.options.properties.insert(id * 3);
-    ASSERT_TRUE(Write(*db_, rec));
-    OptionsRec longer = Named((std::wstring(rec.name.c_str()) + L"x").c_str());
-    ASSERT_TRUE(Write(*db_, longer));
-
-    OptionsRec read;
-    read.name = longer.name;
+    Put(rec);
+    OptionsRec read = Named((rec.name.c_str() + std::wstring(L"x")).c_str());
+    Put(read);
     EXPECT_TRUE(Read(Reopen(), read));
     EXPECT_TRUE(IsDefault(read.options)) << "the end of a name counts too";
     read.name = rec.name;
@@ -345,9 +322,8 @@ TEST_F(UpdateDwgDataStore, LongTextsAreKeptWhole) {
 
 TEST_F(UpdateDwgDataStore, TextThatWasCutOrChangedIsReadAsAWholeOrNotAtAll) {
     const QBaseDb::QuickMode scope(*db_, 1, 1);
-    OptionsRec full = Full();
-    ASSERT_TRUE(Write(*db_, full));
-    const std::string sound(orvaspace::ToUtf8(XmlOf(*db_, "000001")).c_str());
+    Put(Full());
+    const std::string sound(orvaspace::ToUtf8(Field(*db_, "000001")).c_str());
     OptionsRec read;
     const auto isRead = [&](const std::string& xml) {
         Store(*db_, "000002", L"Changed", orvaspace::ToWide(xml).c_str());
@@ -379,10 +355,8 @@ TEST_F(UpdateDwgDataStore, TextThatWasCutOrChangedIsReadAsAWholeOrNotAtAll) {
 // ---- deleting ----
 
 TEST_F(UpdateDwgDataStore, DeletingStopsAtTheFirstThatIsNotThere) {
-    for (int i = 0; i < 6; ++i) {
-        OptionsRec rec = Named(L"Some");
-        ASSERT_TRUE(Write(*db_, rec));
-    }
+    for (int i = 0; i < 6; ++i)
+        Put(Named(L"Some"));
     EXPECT_FALSE(Delete(*db_, {5, 2, 7, 1}));
     EXPECT_EQ(StoredIds(Reopen()), (std::vector<long>{1, 3, 4, 6})) << "those before it are gone, those after it stay";
     EXPECT_FALSE(Delete(*db_, 2));
@@ -397,9 +371,8 @@ TEST_F(UpdateDwgDataStore, DeletingStopsAtTheFirstThatIsNotThere) {
 
 TEST_F(UpdateDwgDataStore, EachHandleSeesWhatTheOthersHaveStored) {
     QBaseDb other(path_.c_str());
-    OptionsRec first = Named(L"First", {1});
+    Put(Named(L"First", {1}));
     OptionsRec second = Named(L"Second", {2});
-    EXPECT_TRUE(Write(*db_, first));
     EXPECT_TRUE(Write(other, second));
     EXPECT_EQ(second.id, 2);
     EXPECT_EQ(ReadId(*db_, 2)->name, L"Second");
@@ -408,8 +381,7 @@ TEST_F(UpdateDwgDataStore, EachHandleSeesWhatTheOthersHaveStored) {
 
     QBaseDb::QuickMode before(other, 0, 1);
     EXPECT_EQ(StoredIds(other), std::vector<long>{2});
-    OptionsRec third = Named(L"Third");
-    EXPECT_TRUE(Write(*db_, third));
+    Put(Named(L"Third"));
     EXPECT_EQ(StoredIds(other), std::vector<long>{2}) << "a scope shows one state";
     before.End();
     EXPECT_EQ(StoredIds(other), (std::vector<long>{1, 2}));
@@ -423,8 +395,7 @@ TEST_F(UpdateDwgDataStore, WhatCannotBeStoredTakesItsIdBack) {
         EXPECT_FALSE(Delete(db, 1));
         EXPECT_FALSE(Delete(db, std::vector{1L}));
     };
-    OptionsRec stored = Named(L"Stored");
-    ASSERT_TRUE(Write(*db_, stored));
+    Put(Named(L"Stored"));
     {
         const QBaseDb::QuickMode reading(*db_, 0, 1);
         expectRefused(*db_);

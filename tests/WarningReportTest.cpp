@@ -9,19 +9,16 @@
 #include <shellapi.h>
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "host/driver/UiDriver.h"
+#include "support/DialogTest.h"
 #include "support/PatchImport.h"
+#include "support/TestFolder.h"
 
 namespace {
-
-using uidriver::Script;
-using Texts = std::vector<std::wstring>;
 
 constexpr UINT kTrayMessage = 33768;
 
@@ -46,18 +43,13 @@ public:
     FreshLibrary() {
         wchar_t path[MAX_PATH] = L"";
         GetModuleFileNameW(Original(), path, MAX_PATH);
-        wchar_t folder[MAX_PATH] = L"";
-        GetTempPathW(MAX_PATH, folder);
-        file_ = std::wstring(folder) + L"occommonui-fresh.dll";
-        if (!CopyFileW(path, file_.c_str(), FALSE)) throw std::runtime_error("no copy");
-        module_ = LoadLibraryW(file_.c_str());
+        const std::wstring copy = folder_.File(L"fresh.dll");
+        if (!CopyFileW(path, copy.c_str(), FALSE)) throw std::runtime_error("no copy");
+        module_ = LoadLibraryW(copy.c_str());
         if (!module_) throw std::runtime_error("the copy does not load");
         PatchImport(module_, L"shell32.dll", "Shell_NotifyIconW", reinterpret_cast<const void*>(&RecordTray));
     }
-    ~FreshLibrary() {
-        FreeLibrary(module_);
-        DeleteFileW(file_.c_str());
-    }
+    ~FreshLibrary() { FreeLibrary(module_); }
     FreshLibrary(const FreshLibrary&) = delete;
     FreshLibrary& operator=(const FreshLibrary&) = delete;
 
@@ -71,28 +63,15 @@ public:
 private:
     static HMODULE Original() { return GetModuleHandleW(L"occommonui.dll"); }
 
-    std::wstring file_;
+    const TestFolder folder_;
     HMODULE module_ = nullptr;
 };
 
-class WarningReportTest : public testing::Test {
+class WarningReportTest : public DialogTest {
 protected:
     WarningReportTest() {
-        SetProductKey(L"Software\\OrvaCADTest");
-        Lng::SetLanguage(L"en");
-        parent_ = NewParent();
         trayCalls.clear();
         trayAnswer = TRUE;
-    }
-    ~WarningReportTest() override {
-        library_.reset();
-        DestroyWindow(parent_);
-        RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\OrvaCADTest");
-    }
-
-    static HWND NewParent() {
-        return CreateWindowExW(0, L"Static", L"Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 600, 400, nullptr,
-                               nullptr, nullptr, nullptr);
     }
 
     unsigned __int64 AddCategory(Lng::AppID app, const wchar_t* name) {
@@ -107,17 +86,19 @@ protected:
     }
     bool ShowReport(Lng::AppID app) { return library_->Own(&WarningReport::ShowReport)(parent_, app); }
 
-    /// Shows the report, which is closed after `look`.
-    bool ShowReport(Lng::AppID app, const std::function<void(HWND)>& look) {
-        Script script;
-        script.WithNewDialog([&](HWND dlg) {
-            look(dlg);
-            uidriver::Click(dlg, IDCANCEL);
+    /// Shows the report, which is closed behind the steps; false when there is none.
+    void RunReport(Lng::AppID app) {
+        Press(IDCANCEL);
+        EXPECT_TRUE(RunSteps([&] { return ShowReport(app); }));
+    }
+    void ExpectReport(Lng::AppID app, const wchar_t* title, const Texts& headings, const std::vector<Texts>& columns) {
+        Step([=](HWND dlg) {
+            EXPECT_EQ(uidriver::Text(dlg), title);
+            EXPECT_EQ(Headings(dlg), headings);
+            for (std::size_t i = 0; i < columns.size(); ++i)
+                EXPECT_EQ(Column(dlg, static_cast<int>(i)), columns[i]);
         });
-        script.Start();
-        const bool shown = ShowReport(app);
-        EXPECT_TRUE(script.Finished()) << script.Failure();
-        return shown;
+        RunReport(app);
     }
 
     static HWND List(HWND report) { return FindWindowExW(report, nullptr, WC_LISTVIEWW, nullptr); }
@@ -153,7 +134,6 @@ protected:
         return log;
     }
 
-    HWND parent_ = nullptr;
     std::unique_ptr<FreshLibrary> library_ = std::make_unique<FreshLibrary>();
 };
 
@@ -179,18 +159,18 @@ TEST_F(WarningReportTest, ListsTheWarningsByCategoryAndWithinEachAsTheyWereAdded
     Add(Lng::Electrical, UINT64_MAX, L"of no category");
     Add(Lng::Electrical, 1, L"second of flow");
     Add(Lng::Hpv, AddCategory(Lng::Hpv, L"Other"), L"of another application");
-    for (int time = 0; time < 2; ++time) {
-        EXPECT_TRUE(ShowReport(Lng::Electrical, [](HWND dlg) {
-            EXPECT_EQ(uidriver::Text(dlg), L"Warnings - OrvaCAD Electrical");
-            EXPECT_EQ(Headings(dlg), (Texts{L"Category", L"Warning"}));
-            EXPECT_EQ(Column(dlg, 0), (Texts{L"Size", L"Flow", L"Flow"}));
-            EXPECT_EQ(Column(dlg, 1), (Texts{L"of size", L"first of flow", L"second of flow"}));
-        })) << "showing keeps the list";
+    for (int time = 0; time < 2; ++time) {  // showing keeps the list
+        ExpectReport(Lng::Electrical, L"Warnings - OrvaCAD Electrical",
+                     {
+                         L"Category", L"Warning"
+        },
+                     {{L"Size", L"Flow", L"Flow"}, {L"of size", L"first of flow", L"second of flow"}});
     }
     AddCategory(Lng::Electrical, L"Late");
-    EXPECT_TRUE(ShowReport(Lng::Electrical, [](HWND dlg) {
+    Step([](HWND dlg) {
         EXPECT_EQ(Column(dlg, 1), (Texts{L"of size", L"first of flow", L"second of flow", L"of no category yet"}));
-    }));
+    });
+    RunReport(Lng::Electrical);
 }
 
 TEST_F(WarningReportTest, ARowLeadsToTheWarningsObject) {
@@ -208,50 +188,38 @@ TEST_F(WarningReportTest, ARowLeadsToTheWarningsObject) {
         shown.push_back(pos);
         return true;
     });
-    Script script;
-    HWND report = nullptr;
-    script.WithNewDialog([&](HWND dlg) {
-        report = dlg;
-        uidriver::ClickListRow(List(report), 0, false, true);
-    });
-    script.Then([&] { uidriver::ClickListRow(List(report), 1, false, true); });
-    script.Then([&] { uidriver::Click(report, IDCANCEL); });
-    script.Start();
-    EXPECT_TRUE(ShowReport(Lng::Electrical));
-    EXPECT_TRUE(script.Finished()) << script.Failure();
+    for (const int row : {0, 1})
+        Step([row](HWND dlg) { uidriver::ClickListRow(List(dlg), row, false, true); });
+    RunReport(Lng::Electrical);
     EXPECT_EQ(shown, (std::vector<ObjPosInDwg>{first, second}));
     SimpleReportOuputDlg::SetZoomTo({});
 }
 
 TEST_F(WarningReportTest, AnOpenReportKeepsItsRowsWhateverBecomesOfTheList) {
     Add(Lng::Electrical, AddCategory(Lng::Electrical, L"Size"), L"Too large");
-    EXPECT_TRUE(ShowReport(Lng::Electrical, [this](HWND dlg) {
+    Step([this](HWND dlg) {
         Clear(Lng::Electrical);
         Add(Lng::Electrical, AddCategory(Lng::Electrical, L"Flow"), L"Too slow");
         ShowNotification(dlg, Lng::Electrical);
         EXPECT_EQ(Column(dlg, 0), (Texts{L"Size"}));
-    }));
+    });
+    RunReport(Lng::Electrical);
 }
 
 TEST_F(WarningReportTest, TheFirstReportDecidesWhetherTheApplicationIsNamed) {
     for (const Lng::AppID app : {Lng::NoApp, Lng::Electrical})
         Add(app, AddCategory(app, L"Size"), L"Too large");
-    EXPECT_TRUE(ShowReport(Lng::NoApp, [](HWND dlg) {
-        EXPECT_EQ(uidriver::Text(dlg), L"Warnings");
-        EXPECT_EQ(Headings(dlg), (Texts{L"Application name", L"Category", L"Warning"}));
-        EXPECT_EQ(Column(dlg, 0), (Texts{L""}));
-    }));
-    EXPECT_TRUE(ShowReport(Lng::Electrical, [](HWND dlg) {
-        EXPECT_EQ(Column(dlg, 0), (Texts{L"OrvaCAD Electrical"}));
-        EXPECT_EQ(Column(dlg, 1), (Texts{L"Size"}));
-        EXPECT_EQ(Column(dlg, 2), (Texts{L"Too large"}));
-    }));
+    const Texts named{L"Application name", L"Category", L"Warning"};
+    ExpectReport(Lng::NoApp, L"Warnings", named, {{L""}, {L"Size"}, {L"Too large"}});
+    ExpectReport(Lng::Electrical, L"Warnings - OrvaCAD Electrical", named,
+                 {{L"OrvaCAD Electrical"}, {L"Size"}, {L"Too large"}});
 
     library_ = nullptr;
     library_ = std::make_unique<FreshLibrary>();
     for (const Lng::AppID app : {Lng::Electrical, Lng::NoApp}) {
         Add(app, AddCategory(app, L"Size"), L"Too large");
-        EXPECT_TRUE(ShowReport(app, [](HWND dlg) { EXPECT_EQ(Headings(dlg), (Texts{L"Category", L"Warning"})); }));
+        Step([](HWND dlg) { EXPECT_EQ(Headings(dlg), (Texts{L"Category", L"Warning"})); });
+        RunReport(app);
     }
 }
 
@@ -260,14 +228,12 @@ TEST_F(WarningReportTest, NothingIsShownWithoutWarnings) {
     Add(Lng::Building, 0, L"of no category");
     Add(Lng::Schematics, AddCategory(Lng::Schematics, L"Size"), L"Too large");
     Clear(Lng::Schematics);
-    Script script;
-    script.Then([] {});  // would run in the report's loop
-    script.Start();
+    script_->Start();  // would run in the report's loop
     for (const Lng::AppID app : {Lng::Electrical, Lng::Hpv, Lng::Building, Lng::Schematics, Lng::AppID{-1}}) {
         EXPECT_FALSE(ShowReport(app)) << app;
         ShowNotification(parent_, app);
     }
-    EXPECT_FALSE(script.Finished());
+    EXPECT_FALSE(script_->Finished());
     EXPECT_TRUE(trayCalls.empty());
 }
 
@@ -341,19 +307,14 @@ TEST_F(WarningReportTest, AnyOtherEventRemovesTheIconOnceAndLeavesTheReportHidde
     for (const UINT code : {1027u, 1028u, 512u, 517u, 0u}) {
         trayCalls.clear();
         const HWND report = Raise();
+        for (const UINT message : {kTrayMessage - 1, kTrayMessage + 1, UINT{WM_APP}})  // not the tray's
+            EXPECT_EQ(SendMessageW(report, message, 0, 1029), 0);
+        EXPECT_EQ(TrayLog(), (std::vector<DWORD>{NIM_ADD}));
         EXPECT_EQ(Tell(report, code), 0);
         EXPECT_EQ(Tell(report, code), 0);
         EXPECT_EQ(TrayLog(), (std::vector<DWORD>{NIM_ADD, NIM_DELETE})) << code;
         EXPECT_FALSE(IsWindowVisible(report));
     }
-}
-
-TEST_F(WarningReportTest, OtherMessagesAreNotTheTrays) {
-    const HWND report = Raise();
-    for (const UINT message : {kTrayMessage - 1, kTrayMessage + 1, UINT{WM_APP}})
-        EXPECT_EQ(SendMessageW(report, message, 0, 1029), 0);
-    EXPECT_EQ(TrayLog(), (std::vector<DWORD>{NIM_ADD}));
-    EXPECT_FALSE(IsWindowVisible(report));
 }
 
 TEST_F(WarningReportTest, TheNextBalloonTakesTheReportsWithItThatNothingOpensAnyMore) {

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cwchar>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -17,7 +18,8 @@ public:
     /// there.
     KilledChild(const std::wstring& test, const std::wstring& argument) {
         SetEnvironmentVariableW(kArgument, argument.c_str());
-        SetEnvironmentVariableW(kReport, std::to_wstring(reinterpret_cast<std::uintptr_t>(section_.handle)).c_str());
+        SetEnvironmentVariableW(kReport,
+                                std::to_wstring(reinterpret_cast<std::uintptr_t>(section_.handle.get())).c_str());
         std::array<wchar_t, MAX_PATH> program{};
         GetModuleFileNameW(nullptr, program.data(), MAX_PATH);
         std::wstring command = L"\"" + std::wstring(program.data()) + L"\" --gtest_brief=1 " +
@@ -30,7 +32,7 @@ public:
             throw std::system_error(static_cast<int>(GetLastError()), std::system_category(),
                                     "starting this program again");
         CloseHandle(process.hThread);
-        process_.handle = process.hProcess;
+        process_.reset(process.hProcess);
     }
     ~KilledChild() { Kill(); }
     KilledChild(const KilledChild&) = delete;
@@ -47,16 +49,16 @@ public:
     }
     /// Whether it has ended within the time.
     bool HasEnded(DWORD milliseconds = 0) const {
-        return WaitForSingleObject(process_.handle, milliseconds) == WAIT_OBJECT_0;
+        return WaitForSingleObject(process_.get(), milliseconds) == WAIT_OBJECT_0;
     }
     /// Waits until it has ended by itself; whether its test passed.
     bool Passed() const {
         DWORD result = 1;
-        return HasEnded(INFINITE) && GetExitCodeProcess(process_.handle, &result) && result == 0;
+        return HasEnded(INFINITE) && GetExitCodeProcess(process_.get(), &result) && result == 0;
     }
     /// Ends it in the midst of whatever it does.
     void Kill() {
-        TerminateProcess(process_.handle, 1);
+        TerminateProcess(process_.get(), 1);
         HasEnded(INFINITE);
     }
 
@@ -76,21 +78,18 @@ private:
     static constexpr wchar_t kArgument[] = L"OC_CHILD_ARGUMENT";
     static constexpr wchar_t kReport[] = L"OC_CHILD_REPORT";
 
-    struct Handle {
-        HANDLE handle = nullptr;
-
-        explicit Handle(HANDLE taken = nullptr) : handle(taken) {}
-        ~Handle() { CloseHandle(handle); }
-        Handle(const Handle&) = delete;
-        Handle& operator=(const Handle&) = delete;
+    struct Closer {
+        void operator()(HANDLE handle) const { CloseHandle(handle); }
     };
+    using Handle = std::unique_ptr<void, Closer>;
 
     /// Memory that both processes see.
-    struct Section : Handle {
+    struct Section {
+        Handle handle;
         std::atomic<long>* number;
 
         explicit Section(HANDLE section)
-            : Handle(section),
+            : handle(section),
               number(static_cast<std::atomic<long>*>(MapViewOfFile(section, FILE_MAP_WRITE, 0, 0, sizeof *number))) {
             if (!number) throw std::runtime_error("No memory is shared with the other process");
         }

@@ -74,13 +74,13 @@ inline std::vector<std::string> Truncated(const std::string& xml) {
     return texts;
 }
 
-/// Elements of that name within each other.
-inline std::string Nested(const std::string& name, int depth) {
+/// Elements of that name within each other, the last one around `innermost`.
+inline std::string Nested(const std::string& name, int depth, const std::string& innermost = {}) {
     std::string start;
     std::string end;
     for (int i = 0; i < depth; ++i) {
         start += "<" + name + ">";
         end += "</" + name + ">";
     }
-    return start + end;
+    return start + innermost + end;
 }

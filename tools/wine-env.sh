@@ -12,6 +12,11 @@ export WINEPREFIX="$B/wineprefix" WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}" 
 # winedbg would turn a crash into exit code 0 or into a window that waits for ever.
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d;winedbg.exe=d"
 
+# The processes of a session wait for each other all the time. On one processor that is a switch; on two it is a wake-up,
+# which takes a virtual machine so long that dialogs are several times slower. So the first one does it all.
+first_cpu=$(taskset -cp $$ | sed 's/.*: //; s/[-,].*//')
+taskset -cp "$first_cpu" $$ >/dev/null
+
 display() {
     if [ -n "$OC_DISPLAY" ]; then echo "$OC_DISPLAY"; else echo ":$(cat "$B/xvfb.display" 2>/dev/null || echo 99)"; fi
 }

@@ -249,18 +249,21 @@ std::pair<std::size_t, std::size_t> SamplesIn(const std::wstring& file) {
 TEST_F(HostFaults, AGenerationKilledWhileItAddsTheSamplesIsStartedAnew) {
     const auto whole = SamplesIn(folder_.File(L"whole.ocproject"));
     ASSERT_GT(whole.second, 0u);
-    int killed = 0;
     for (const std::uintmax_t written : {1u, 30'000u, 60'000u, 120'000u}) {
-        fs::remove(file_);
-        KilledChild child(L"SampleProjectChild.DISABLED_GeneratesIt", file_);
-        while (std::max(SizeOf(file_ + L".new-wal"), SizeOf(file_ + L"-wal")) < written && !child.HasEnded())
-            YieldProcessor();
-        killed += !child.HasEnded();
-        child.Kill();
-        EXPECT_EQ(SamplesIn(file_), whole) << written;
-        EXPECT_FALSE(fs::exists(file_ + L".new"));
+        // A child that ends before it is seen to write is no use: another one is tried.
+        bool killed = false;
+        for (int i = 0; i < 20 && !killed; ++i) {
+            fs::remove(file_);
+            KilledChild child(L"SampleProjectChild.DISABLED_GeneratesIt", file_);
+            while (std::max(SizeOf(file_ + L".new-wal"), SizeOf(file_ + L"-wal")) < written && !child.HasEnded())
+                YieldProcessor();
+            killed = !child.HasEnded();
+            child.Kill();
+            EXPECT_EQ(SamplesIn(file_), whole) << written;
+            EXPECT_FALSE(fs::exists(file_ + L".new"));
+        }
+        EXPECT_TRUE(killed) << written;
     }
-    EXPECT_GT(killed, 1);
 }
 
 }  // namespace

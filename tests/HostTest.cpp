@@ -36,7 +36,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr DWORD kPatienceMs = 100'000;
+constexpr DWORD kPatienceMs = 300'000;
 
 struct ProcessResult {
     DWORD exitCode = 0;
@@ -98,9 +98,9 @@ private:
 
 /// The dialog that the process shows, as soon as it does; null when the process ends or shows none for too long.
 HWND ShownDialog(const PROCESS_INFORMATION& process) {
-    constexpr int kLooks = 500;
     constexpr DWORD kLookMs = 20;
-    for (int i = 0; i < kLooks && WaitForSingleObject(process.hProcess, kLookMs) == WAIT_TIMEOUT; ++i) {
+    for (DWORD waited = 0; waited < kPatienceMs && WaitForSingleObject(process.hProcess, kLookMs) == WAIT_TIMEOUT;
+         waited += kLookMs) {
         HWND dlg = nullptr;
         const auto isDialog = [](HWND window, LPARAM result) -> BOOL {
             if (!IsWindowVisible(window)) return TRUE;

@@ -8,7 +8,7 @@ namespace uidriver {
 namespace {
 
 constexpr UINT kTickMs = 10;
-constexpr ULONGLONG kPatienceMs = 20'000;
+constexpr ULONGLONG kPatienceMs = 60'000;
 
 bool IsOpen(HWND window) {
     return IsOfClass(window, L"#32770") && IsWindowVisible(window);

@@ -298,9 +298,7 @@ bool ReportTemplateDlg::OnKeyDown(int virtualKey) {
 bool ReportTemplateDlg::OnEnterPressed() {
     const HWND focus = GetFocus();
     const int ctrlId = GetDlgCtrlID(focus);
-    if (ctrlId == IDC_REPORTTEMPLATE_OBJECT_SEARCH && GetWindowTextLengthW(focus) > 0) {
-        CheckFoundObject();
-    } else if (ctrlId == IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH && GetWindowTextLengthW(focus) > 0) {
+    if (ctrlId == IDC_REPORTTEMPLATE_ATTRIBUTE_SEARCH && GetWindowTextLengthW(focus) > 0) {
         if (CanAdd()) Add();
         SendMessageW(focus, EM_SETSEL, 0, -1);
     } else if (ctrlId == IDC_REPORTTEMPLATE_ATTRIBUTES && attributes_.Selected()) {
@@ -415,13 +413,6 @@ void ReportTemplateDlg::SelectFoundAttribute() {
     const ListFilterCtrl::Entry* const first = attributes_.Shown(0);
     if (searching && first && !attributes_.Selected()) attributes_.Select(first->value);
     EnableCommands(*this, kCommands);
-}
-
-void ReportTemplateDlg::CheckFoundObject() {
-    const HTREEITEM item = TreeView_GetSelection(RequireControl(*this, IDC_REPORTTEMPLATE_OBJECTS));
-    if (!item) return;
-    objects_.TurnCheck(item);
-    ChecksChanged();
 }
 
 ustr ReportTemplateDlg::NameOf(int propId) const {

@@ -55,7 +55,6 @@ private:
     void OnAttributesNotify(const NMHDR& header);
     void OnColumnsNotify(const NMHDR& header);
     void SelectFoundAttribute();
-    void CheckFoundObject();
     void ShowUnits();
     ustr NameOf(int propId) const;
     ustr TextOf(int row, int column) const;

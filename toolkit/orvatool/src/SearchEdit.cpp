@@ -60,12 +60,25 @@ int StepsOf(WPARAM key, HWND target, bool tree) {
     }
 }
 
+bool HasChecks(HWND window) {
+    return IsTree(window) && SendMessageW(window, TVM_GETIMAGELIST, TVSIL_STATE, 0) != 0;
+}
+
+// During a search Esc ends it, and Enter turns the check of what it has found: neither is the dialog's then.
+bool IsOwnKey(HWND edit, HWND target, WPARAM key) {
+    return GetWindowTextLengthW(edit) > 0 && (key == VK_ESCAPE || (key == VK_RETURN && HasChecks(target)));
+}
+
 bool OnKey(HWND edit, HWND target, WPARAM key) {
-    if (key == VK_ESCAPE && GetWindowTextLengthW(edit) > 0) {
-        SetWindowTextW(edit, L"");
+    const bool tree = IsTree(target);
+    if (IsOwnKey(edit, target, key)) {
+        if (key == VK_ESCAPE) {
+            SetWindowTextW(edit, L"");
+        } else {
+            SendMessageW(target, WM_KEYDOWN, VK_SPACE, 0);
+        }
         return true;
     }
-    const bool tree = IsTree(target);
     const int steps = StepsOf(key, target, tree);
     if (steps == 0) return false;
     tree ? MoveInTree(target, steps) : MoveInList(target, steps);
@@ -75,17 +88,17 @@ bool OnKey(HWND edit, HWND target, WPARAM key) {
 LRESULT CALLBACK EditProc(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR data) {
     switch (message) {
         case WM_GETDLGCODE: {
-            // The dialog manager leaves Esc to a control that asks for this very message.
+            // The dialog manager leaves a key to a control that asks for this very message.
             const auto* const asked = reinterpret_cast<const MSG*>(lParam);
-            const bool wanted = asked && asked->message == WM_KEYDOWN && asked->wParam == VK_ESCAPE;
-            if (wanted && GetWindowTextLengthW(edit) > 0) return DLGC_WANTMESSAGE;
+            const bool isKey = asked && asked->message == WM_KEYDOWN;
+            if (isKey && IsOwnKey(edit, reinterpret_cast<HWND>(data), asked->wParam)) return DLGC_WANTMESSAGE;
             break;
         }
         case WM_KEYDOWN:
             if (OnKey(edit, reinterpret_cast<HWND>(data), wParam)) return 0;
             break;
         case WM_CHAR:
-            if (wParam == VK_ESCAPE) return 0;
+            if (wParam == VK_ESCAPE || wParam == VK_RETURN) return 0;
             break;
         case WM_NCDESTROY:
             RemoveWindowSubclass(edit, EditProc, id);

@@ -469,7 +469,7 @@ TEST_F(QBaseDbTest, ARecordWhoseFieldsAreDamagedIsNotRead) {
         Change(std::string("UPDATE qbase_record SET fields = ") + blob + " WHERE obj_id = '1'");
         EXPECT_FALSE(Find(db, "1"));
         EXPECT_TRUE(ErrorNames(db, L"damaged"));
-        EXPECT_TRUE(IdsOf(db).empty());
+        EXPECT_EQ(IdsOf(db).size(), 2u) << "a walk does not end there";
         EXPECT_EQ(NameOf(db, "2"), L"two");
     }
 }

@@ -221,7 +221,7 @@ struct QBaseDb::ConstIterator::Walk {
     void Advance() {
         if (rows->Step()) {
             rec.objId = rows->Utf8(0);
-            TakeFields(*rows, 1, rec.fields);
+            rec.fields.Assign(rows->Blob(1));  // none when they are damaged: the walk goes on
         } else {
             rows.reset();
         }

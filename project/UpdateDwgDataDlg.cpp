@@ -128,15 +128,6 @@ bool UpdateDwgDataDlg::OnInitDialog() {
     return selection_.OnInitDialog();
 }
 
-// A search is not confirmed by OK: Enter takes what it has found.
-bool UpdateDwgDataDlg::OnEnterPressed() {
-    const HWND focus = GetFocus();
-    const bool searching = GetDlgCtrlID(focus) == IDC_UPDATEDWGDATA_SEARCH && GetWindowTextLengthW(focus) > 0;
-    if (!searching) return LibraryDialog::OnEnterPressed();
-    CheckFoundItem();
-    return true;
-}
-
 int UpdateDwgDataDlg::GetDataFromCtrls() {
     options_.properties = CheckedItems();
     if (options_.properties.empty()) return IDC_UPDATEDWGDATA_ITEMS;
@@ -166,14 +157,17 @@ void UpdateDwgDataDlg::SaveAs() {
     InsertSet(-1, rec);
 }
 
+// The user is asked about the set that is stored now: its id may have been given to another one.
 void UpdateDwgDataDlg::Delete() {
     PrjDb::OptionsRec rec;
     rec.id = SelectedSet();
+    const bool read = PrjDb::Read(database_, rec);
+    const ustr name = read ? rec.name : gwdlgtomemo(hWnd(), IDC_UPDATEDWGDATA_SET);
     ustr question;
     question.format(Lng::text(kSharedTexts, 60160, L"Do you really want to delete selection set \"%s\"").c_str(),
-                    gwdlgtomemo(hWnd(), IDC_UPDATEDWGDATA_SET).c_str());
+                    name.c_str());
     if (!gwyesnomsg(hWnd(), app_, question.c_str())) return;
-    if (!PrjDb::Delete(database_, rec.id) && PrjDb::Read(database_, rec)) return ShowFailure();
+    if (!PrjDb::Delete(database_, rec.id) && !PrjDb::IsGone(database_, rec.id)) return ShowFailure();
     RemoveSelectedSet();
 }
 
@@ -220,9 +214,7 @@ void UpdateDwgDataDlg::LoadSet() {
     if (!IsSetSelected() || !ReadSelectedSet(rec)) return;
     search_.SetChecks(ChecksOf(rec.options.properties));
     checks_ = search_.GetChecks();
-    for (std::size_t row = 0; row < checks_.size(); ++row) {
-        if (checks_[row] == kTreePartial) search_.Expand(row);
-    }
+    search_.ExpandPartlyChecked();
     selection_.SetFlagMask(static_cast<int>(rec.options.flagMask));
     selection_.SetData(rec.options.selection, nullptr);
     selection_.Data2Ctrls();
@@ -238,6 +230,10 @@ long UpdateDwgDataDlg::SelectedSet() const {
 bool UpdateDwgDataDlg::ReadSelectedSet(PrjDb::OptionsRec& rec) {
     rec.id = SelectedSet();
     if (PrjDb::Read(database_, rec)) return true;
+    if (!PrjDb::IsGone(database_, rec.id)) {
+        ShowFailure();
+        return false;
+    }
     ustr message;
     message.format(Lng::text(kLibraryTexts, 25975, L"Selection set \"%s\" is no longer in the project.").c_str(),
                    gwdlgtomemo(hWnd(), IDC_UPDATEDWGDATA_SET).c_str());
@@ -268,15 +264,21 @@ bool UpdateDwgDataDlg::AskName(PrjDb::OptionsRec& rec) {
 }
 
 void UpdateDwgDataDlg::ShowFailure() {
-    gwerrmsg(hWnd(), app_, database_.GetErrorText().c_str());
+    const ustr why = database_.GetErrorText();
+    gwerrmsg(
+        hWnd(), app_,
+        (why.empty() ? Lng::text(kLibraryTexts, 25976, L"The selection set cannot be read or stored.") : why).c_str());
 }
 
 std::vector<int> UpdateDwgDataDlg::ChecksOf(const std::set<long>& properties) const {
+    constexpr int kNone = std::numeric_limits<int>::max();
+    int checked = kNone;  // the level of the chosen item that the row is, or is below
     std::vector<int> states;
     states.reserve(items_.size());
     for (const TREE_INSERTITEM& row : items_) {
-        const bool checked = IsDataItem(row) && properties.contains(static_cast<long>(row.value));
-        states.push_back(checked ? kTreeChecked : kTreeUnchecked);
+        const bool chosen = IsDataItem(row) && properties.contains(static_cast<long>(row.value));
+        if (row.level <= checked) checked = chosen ? row.level : kNone;
+        states.push_back(checked == kNone ? kTreeUnchecked : kTreeChecked);
     }
     return states;
 }
@@ -291,17 +293,15 @@ std::set<long> UpdateDwgDataDlg::CheckedItems() const {
     return checked;
 }
 
-void UpdateDwgDataDlg::CheckFoundItem() {
-    const HWND tree = RequireControl(*this, IDC_UPDATEDWGDATA_ITEMS);
-    const HTREEITEM item = TreeView_GetSelection(tree);
-    if (!item) return;
-    search_.TurnCheck(item);
-    ChecksChanged();
-}
-
 // The first item checked that needs a selection set rules manual selection out, and the last one unchecked lets it in.
 void UpdateDwgDataDlg::ChecksChanged() {
     const std::vector<int> before = std::exchange(checks_, search_.GetChecks());
+    bool concerned = false;
+    for (std::size_t row = 0; row < items_.size() && !concerned; ++row) {
+        const bool turned = (before[row] == kTreeChecked) != (checks_[row] == kTreeChecked);
+        concerned = turned && NeedsSelectionSet(items_[row]);
+    }
+    if (!concerned) return;
     int had = 0;
     int has = 0;
     for (std::size_t row = 0; row < items_.size(); ++row) {

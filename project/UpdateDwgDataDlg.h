@@ -24,7 +24,6 @@ public:
     bool OnCommand(unsigned __int64 wParam, __int64 lParam) override;
     bool OnNotify(unsigned __int64 wParam, __int64 lParam) override;
     bool OnInitDialog() override;
-    bool OnEnterPressed() override;
     int GetDataFromCtrls() override;
 
     void Save();
@@ -46,7 +45,6 @@ private:
     void ShowFailure();
     std::vector<int> ChecksOf(const std::set<long>& properties) const;
     std::set<long> CheckedItems() const;
-    void CheckFoundItem();
     void ChecksChanged();
     bool NeedsSelectionSet(const TREE_INSERTITEM& row) const;
 

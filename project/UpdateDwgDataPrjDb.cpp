@@ -151,6 +151,14 @@ bool Write(QBaseDb& db, OptionsRec& rec) {
     });
 }
 
+bool IsGone(const QBaseDb& db, long id) {
+    return Succeeds([&] {
+        Scope scope(db, Scope::Read);
+        const bool there = db.existRec(kType, ObjIdOf(id).c_str());
+        return scope.IsOpen() && scope.End() && !there;
+    });
+}
+
 bool Delete(QBaseDb& db, long id) {
     return DeleteInOrder(db, {&id, 1});
 }

@@ -353,7 +353,30 @@ TEST_F(UpdateDwgDataDlgTest, WhatAnotherHandleDoesToTheSetsMeanwhileIsMet) {
     Step([](HWND dlg) {
         EXPECT_EQ(uidriver::TopDialog(), dlg) << "without a word";
         EXPECT_EQ(Names(dlg), Texts{L"Third"});
+        SetFocus(Sets(dlg));
+        uidriver::Type(L"T");
     });
+    Press(IDC_UPDATEDWGDATA_DELETE);
+    ExpectMessage(L"Do you really want to delete selection set \"Renamed\"", IDNO);  // what would be lost
+    RunTo(IDCANCEL);
+}
+
+TEST_F(UpdateDwgDataDlgTest, ASetThatCannotBeReadStaysListed) {
+    Store(Set(L"First", {12}));
+    Store(Set(L"Second", {13}));
+    Step([&](HWND) {
+        QBaseDb other(file_.c_str());
+        QBaseDb::Rec* const rec = other.findRec("UP", "000001");
+        EXPECT_TRUE(other.insertWsz(rec, 1589, L"<UpdateDwgDataType Version=\"1\" Format=\"20161102\"/>"));
+        EXPECT_EQ(other.saveRec(rec), 0);
+        other.releaseRec(rec);
+    });
+    for (const int button : {0, IDC_UPDATEDWGDATA_RENAME}) {
+        if (button == 0) Choose(0);
+        if (button != 0) Press(button);
+        ExpectMessage(L"The selection set cannot be read or stored.", IDOK);
+        Step([](HWND dlg) { EXPECT_EQ(Names(dlg), (Texts{L"First", L"Second"})); });
+    }
     RunTo(IDCANCEL);
 }
 
@@ -425,6 +448,16 @@ TEST_F(UpdateDwgDataDlgTest, SearchNarrowsTheItemsAndEnterChecksTheMatch) {
     });
     RunTo(IDOK);
     EXPECT_EQ(options_.properties, (Ids{12, 21})) << "with what the search hid";
+}
+
+TEST_F(UpdateDwgDataDlgTest, AnItemWithItemsBelowItIsCheckedWithThem) {
+    TREE_INSERTLIST2 items = Items();
+    items[0].data = 11;
+    options_.properties = {11, 20};
+    Step([](HWND dlg) { EXPECT_EQ(CheckOf(dlg, L"Flow"), kTreePartial); });
+    Press(IDOK);
+    EXPECT_TRUE(Run(&items));
+    EXPECT_EQ(options_.properties, (Ids{-105, 11, 12, 13, 20}));
 }
 
 TEST_F(UpdateDwgDataDlgTest, WithoutItemsItOpensAndWithoutAHostItFails) {

@@ -65,6 +65,9 @@ OCCOMMONUI_API bool Read(const QBaseDb& db, std::vector<OptionsRec>& recs);
 /// nothing was stored: no id is free, or the database cannot be written.
 OCCOMMONUI_API bool Write(QBaseDb& db, OptionsRec& rec);
 
+/// Whether there is no such record; false also when the database cannot be read.
+OCCOMMONUI_API bool IsGone(const QBaseDb& db, long id);
+
 /// Whether the record was deleted.
 OCCOMMONUI_API bool Delete(QBaseDb& db, long id);
 

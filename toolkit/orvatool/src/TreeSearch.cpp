@@ -157,6 +157,14 @@ void TreeSearch::Expand(std::size_t row) {
     SendMessageW(tree_, TVM_SELECTITEM, TVGN_FIRSTVISIBLE, first);
 }
 
+void TreeSearch::ExpandPartlyChecked() {
+    const gwRedrawOff quiet(tree_);
+    const std::vector<bool> partly = PartlyChecked();
+    for (std::size_t row = 0; row < partly.size(); ++row) {
+        if (partly[row]) Expand(row);
+    }
+}
+
 std::vector<int> TreeSearch::GetChecks() const {
     LearnChecks();
     return checks_;
@@ -181,10 +189,6 @@ bool TreeSearch::TryShowChecks(const std::vector<int>& states) {
     for (const std::size_t row : changed)
         gwTVsetCheck(tree_, items_[row], checks_[row]);
     return true;
-}
-
-void TreeSearch::TurnCheck(HTREEITEM item) {
-    SetChecks(Turned(item));
 }
 
 std::vector<int> TreeSearch::Turned(HTREEITEM item) const {

@@ -66,6 +66,8 @@ public:
     void GetChecked(NameListInDwg& list) const;
 
     TreeSearch& Search() { return search_; }
+    /// How many names the branches had, shown or not.
+    std::size_t NameCount() const { return names_.size(); }
     const TREE_INSERTLIST& Rows() const { return rows_; }
 
 private:

@@ -146,13 +146,13 @@ public:
     bool Select(std::int64_t value);
     /// Opens the branch of a row; what is seen first stays where it is.
     void Expand(std::size_t row);
+    /// Opens the branches that are partly checked, unless they are too many to be seen at a glance.
+    void ExpandPartlyChecked();
 
     /// The check states of all rows (TreeCheck), shown or not.
     std::vector<int> GetChecks() const;
     /// Sets them; rows with rows below them follow from those.
     void SetChecks(const std::vector<int>& states);
-    /// Turns the check of a tree item, and those of the rows shown below it alike.
-    void TurnCheck(HTREEITEM item);
     /// Gives each row that is shown, and has none below it, the state that `turn` makes of its own.
     void TurnChecks(int (*turn)(int state));
     /// For a click or a key that the tree tells its owner of: turns the check that it is for. False when it is for

@@ -324,6 +324,10 @@ public:
     }
     bool HasItems() const override { return hasDrawings_ || !tree_.Rows().empty(); }
     TreeSearch* Search() override { return &tree_.Search(); }
+    std::size_t Count(const Data& data, bool touched) const override {
+        return ListOf(data).all && (!touched || Checked(ListOf(data)).all) ? tree_.NameCount()
+                                                                           : ListItems::Count(data, touched);
+    }
 
 protected:
     NameListInDwg Checked(const NameListInDwg& before) const override {

@@ -7,6 +7,8 @@
 
 void CategoryTree::Attach(HWND tree) {
     tree_ = tree;
+    nodes_.clear();
+    items_.clear();
     gwTVaddChecks(tree_);
 }
 

@@ -137,13 +137,20 @@ void Ctrl::Impl::ClickSource(Source source) {
     ReadCriteria();
     InvalidateOfDrawings();
     Node& drawings = nodes_[kModelDrawings];
-    const bool choose = source == Source::Selected && IsOffered(drawings) && drawings.tree;
+    const bool choose = source == Source::Selected && !Has(kCurrentDrawingOnly) && IsOffered(drawings) && drawings.tree;
     if (choose) {
         categories_.SetChecked(drawings.id, true);
         categories_.Select(drawings.id);
     }
     EnableDisableCtrls(EnableAll);
-    if (choose && drawings.filled && drawings.items->Count(state_.record.data, true) == 0) CheckAll();
+    if (choose && drawings.filled && drawings.items->Count(state_.record.data, true) == 0) CheckEvery(drawings);
+}
+
+// Whether a search shows them or not.
+void Ctrl::Impl::CheckEvery(Node& node) {
+    TreeSearch& search = *node.items->Search();
+    search.SetChecks(std::vector<int>(search.GetChecks().size(), kTreeChecked));
+    ItemsTouched(node);
 }
 
 void Ctrl::Impl::SearchChanged() {
@@ -179,6 +186,7 @@ void Ctrl::Impl::ManageDrawings() {
 }
 
 void Ctrl::Impl::AddRule() {
+    if (!Control(kFilter)) return;
     filter_.Add();
     ShowFilterCount();
 }
@@ -289,6 +297,7 @@ bool Ctrl::Impl::OnParentMessage(UINT message, WPARAM wParam, LPARAM lParam, LRE
 // Above a tree that is empty or disabled the dialog itself is asked for the menu; with the keyboard the tree of
 // categories is, as nothing else has the focus then.
 bool Ctrl::Impl::OnContextMenu(HWND from, POINT screenPoint) {
+    if (enabled_ == DisableAll) return false;
     if (from && from == filter_.ListWindow()) {
         ShowFilterMenu(screenPoint);
         return true;

@@ -61,15 +61,20 @@ int Ctrl::Impl::SelectedConfiguration() const {
     return index >= 0 && index < static_cast<LRESULT>(state_.presets.size()) ? static_cast<int>(index) : -1;
 }
 
-// When the host throws the record stays the configuration that it was: under the key of another it would be saved over
-// that one.
+// When the host throws the record stays the configuration that it was, and the controls keep what they have: under the
+// key of another it would be saved over that one.
 void Ctrl::Impl::ChooseConfiguration() {
     const int selected = SelectedConfiguration();
     if (selected < 0) return;
     const RecordData before = state_.record;
     state_.record.key = state_.presets[static_cast<std::size_t>(selected)].key;
-    if (!state_.host.TryAsk(LoadConfiguration, HostCallback::WParam(&state_.record))) state_.record = before;
-    Data2Ctrls();
+    if (state_.host.TryAsk(LoadConfiguration, HostCallback::WParam(&state_.record))) {
+        Data2Ctrls();
+    } else {
+        state_.record = before;
+        ShowConfigurations();
+        EnableDisableCtrls(EnableAll);
+    }
 }
 
 void Ctrl::Impl::Save() {
@@ -112,8 +117,9 @@ void Ctrl::Impl::Rename() {
     const astr key = state_.record.key;
     ustr name = state_.record.name;
     if (key.empty() || !AskName(name)) return;
+    if (!state_.host.TryAsk(RenameConfiguration, HostCallback::WParam(key.c_str()), HostCallback::LParam(name.c_str())))
+        return;
     state_.record.name = name;
-    state_.host.Ask(RenameConfiguration, HostCallback::WParam(key.c_str()), HostCallback::LParam(name.c_str()));
     for (PresetEntry& preset : state_.presets) {
         if (preset.key == key) preset.name = name;
     }

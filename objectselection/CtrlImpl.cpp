@@ -138,9 +138,10 @@ bool Ctrl::Impl::OnInitDialog() {
     RemoveOwnAnchors();
     SetLanguage();
     Data2Ctrls();
-    if (state_.mode == Configurations) SelectRemembered();
-    SelectFirst();
-    EnableDisableCtrls(EnableAll);
+    if (state_.mode == Configurations) {
+        SelectRemembered();
+        EnableAllowed();
+    }
     return true;
 }
 
@@ -158,8 +159,14 @@ bool Ctrl::Impl::Data2Ctrls() {
     FillCategoryTree();
     CheckSource(SourceOfRecord());
     ReadCriteria();
-    if (GetSource() == Source::Selected) categories_.Select(nodes_[kModelDrawings].id);
+    const Node& drawings = nodes_[kModelDrawings];
+    if (GetSource() == Source::Selected && IsOffered(drawings)) categories_.Select(drawings.id);
     EnableDisableCtrls(EnableAll);
+    if (!categories_.Selected()) {
+        SelectFirst();
+        ShowSelected();
+        EnableSelected();
+    }
     return true;
 }
 
@@ -174,6 +181,7 @@ int Ctrl::Impl::Ctrls2Data() {
 
 void Ctrl::Impl::EnableDisableCtrls(EnableMode mode) {
     if (!initialized_ || !Window()) return;
+    enabled_ = mode;
     switch (mode) {
         case DisableAll:
             EnableControls(false);
@@ -408,7 +416,6 @@ void Ctrl::Impl::InvalidateOfDrawings() {
 
 // At first the user sees what is in force, or could be.
 void Ctrl::Impl::SelectFirst() {
-    if (categories_.Selected()) return;
     const auto first = [this](bool inForce) {
         for (const Node& node : nodes_) {
             if (categories_.IsEnabled(node.id) && categories_.IsChecked(node.id) == inForce) return node.id;
@@ -422,7 +429,11 @@ void Ctrl::Impl::SelectFirst() {
 void Ctrl::Impl::ShowSelected() {
     Node* const node = Selected();
     const bool available = node && node->tree && categories_.IsEnabled(node->id);
-    if (available && !node->filled) Fill(*node);
+    if (available && !node->filled) {
+        Fill(*node);
+        // A host may pump messages while it fills: then the user has chosen another one, which is shown already.
+        if (!Window() || Selected() != node) return;
+    }
     const Showing showing(showing_);
     const bool hasItems = available && (node->items->HasItems() || !Control(kNoData));
     if (hasItems) {
@@ -447,7 +458,8 @@ void Ctrl::Impl::ShowNoData(const Node* node) {
 void Ctrl::Impl::EnableSelected() {
     const int id = categories_.Selected();
     const bool group = id == largestId_ + kProjectGroup || id == largestId_ + kFilterGroup;
-    const bool enable = group || categories_.IsChecked(id);
+    const bool enable = enabled_ == EnableAll ? group || categories_.IsChecked(id)
+                                              : enabled_ == PartTypesOnly && id == nodes_[kPartTypes].id;
     if (const Node* const node = Selected(); node && node->tree) area_.Enable(node->tree, enable);
     if (Control(kFilter) && id == state_.ids[kFilter]) EnableControl(kFilter, enable);
 }

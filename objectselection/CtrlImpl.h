@@ -175,6 +175,7 @@ private:
     void CheckNone();
     void InvertChecks();
     void TurnChecks(int (*turn)(int state));
+    void CheckEvery(Node& node);
     void RefillSelected();
     bool OnCategoryNotify(const NMHDR* header, LPARAM lParam);
     bool OnItemsNotify(Node& node, const NMHDR* header);
@@ -209,6 +210,7 @@ private:
     LabelCtrl labels_;
     bool initialized_ = false;
     bool showing_ = false;  // what the controls report is the control's own doing
+    EnableMode enabled_ = EnableAll;
     ParentHook hook_;
 };
 

@@ -356,6 +356,48 @@ TEST_F(ObjectSelectionCtrlTest, SelectedDrawingsBringTheirTreeWithAllDrawings) {
     RunToOk();
     EXPECT_EQ(record_.data.modelDrawings, SelectedDrawings().modelDrawings);
     EXPECT_TRUE(record_.data.bySelectionSet && record_.data.useModelDrawings && !record_.data.currentDrawing);
+
+    Command(411);
+    Step([this] { uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"First"); });
+    Press(IDC_SELECTION_CURRENT);
+    Press(IDC_SELECTION_SELECTED);
+    RunToOk();
+    EXPECT_EQ(record_.data.modelDrawings.size(), 2u) << "shown by the search or not";
+}
+
+TEST_F(ObjectSelectionCtrlTest, WhatIsHiddenOrForbiddenIsNotSelected) {
+    setup_.flagMask = kNoModelDrawings;
+    record_.data = SelectedDrawings();
+    Step([this] {
+        EXPECT_EQ(SelectedNode(), L"Rooms");
+        ctrl_->SetFlagMask(kNoModelDrawings | kNoRooms);
+        ctrl_->Data2Ctrls();
+        EXPECT_EQ(SelectedNode(), L"Functional zones");
+        EXPECT_EQ(TreeTexts(ShownTree()).size(), 3u);
+    });
+    Press(IDC_SELECTION_CURRENT);
+    RunToOk();
+
+    setup_.flagMask = kCurrentDrawingOnly;
+    record_.data = CurrentDrawing();
+    Step([this] { ctrl_->EnableDisableCtrls(Ctrl::PartTypesOnly); });
+    Press(IDC_SELECTION_SELECTED);
+    RunToOk();
+    EXPECT_EQ(record_.data, CurrentDrawing());
+}
+
+TEST_F(ObjectSelectionCtrlTest, WhatIsChosenWhileTheHostFillsAnotherTreeIsShown) {
+    host_.On(GetSystems, [this](std::uint64_t, std::int64_t lParam) -> std::int64_t {
+        *reinterpret_cast<TREE_INSERTLIST*>(lParam) = host_.systems;
+        ClickInTree(Categories(), L"Rooms", false);
+        return 0;
+    });
+    Pick(L"Systems");
+    Step([this] {
+        EXPECT_EQ(SelectedNode(), L"Rooms");
+        EXPECT_EQ(ShownTree(), Tree(Rooms));
+    });
+    RunToOk();
 }
 
 TEST_F(ObjectSelectionCtrlTest, ASelectionWithoutPlacesIsRefused) {
@@ -478,8 +520,11 @@ TEST_F(ObjectSelectionCtrlTest, TheWholeOrAllButThePartTypesIsDisabled) {
     };
     Step([=, this] {
         ctrl_->EnableDisableCtrls(Ctrl::DisableAll);
+        const auto refill = [this] { SendMessageW(dlg_, WM_COMMAND, 401, 0); };
+        refill();
         EXPECT_EQ(enabled(), Ids());
         ctrl_->EnableDisableCtrls(Ctrl::PartTypesOnly);
+        refill();
         EXPECT_EQ(enabled(), (Ids{IDC_SELECTION_MANUAL, IDC_SELECTION_CURRENT, IDC_SELECTION_SELECTED, -PartTypes}));
         EXPECT_EQ(SelectedNode(), L"Part types");
     });
@@ -566,12 +611,23 @@ TEST_F(ObjectSelectionCtrlTest, ConfigurationsAreSavedChosenRenamedAndDeleted) {
         EXPECT_EQ(host_.configurations[1].name, L"Other");
         EXPECT_EQ(Shown(dlg_, IDC_SELECTION_CONFIGURATION), L"Other");
         EXPECT_FALSE(host_.configurations[1].data.useSystems);
+        host_.Throws(RenameConfiguration);
+    });
+    Press(IDC_SELECTION_RENAME);
+    AnswerText(L"Other", L"Refused");
+    Pick(L"Rooms", true);
+    Step([=, this] {
+        RecordData now;
+        ctrl_->GetData(now);
+        EXPECT_EQ(now.name, L"Other");
+        EXPECT_EQ(Shown(dlg_, IDC_SELECTION_CONFIGURATION), L"Other");
         host_.Throws(LoadConfiguration);
         SetFocus(combo());
     });
     Key(VK_UP);
     Step([this] {
         EXPECT_EQ(Shown(dlg_, IDC_SELECTION_CONFIGURATION), L"Other") << "what was not loaded is not chosen";
+        EXPECT_EQ(NodeCheck(L"Rooms"), kTreeChecked) << "and takes the place of nothing";
         host_.answers.clear();
         host_.asked.clear();
     });
@@ -879,8 +935,15 @@ TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboa
 
 TEST_F(ObjectSelectionCtrlTest, ASearchNarrowsATreeAndAllMeansWhatItShows) {
     record_.data.useSystems = true;
-    Step([this] { uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"02"); });
+    Step([this] {
+        uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"02");
+        SetFocus(SearchField());
+    });
     ExpectItems(Systems, {L"Supply air", L"TK02"});
+    Key(VK_RETURN);
+    ExpectChecked(Systems, {L"TK02"});  // and the dialog is not confirmed
+    Command(411);
+    ExpectChecked(Systems, {});
     Command(410);
     Pick(L"Part types");
     Step([this] {
@@ -1031,6 +1094,7 @@ TEST_F(ObjectSelectionCtrlTest, TheDialogCanBeRunAgain) {
     Data data;
     dialog.ctrl.GetData(data);
     EXPECT_EQ(data.systems, (Ids{31, 32}));
+    EXPECT_EQ(host_.Count(GetSystems), 2) << "once for each time";
 }
 
 TEST_F(ObjectSelectionCtrlTest, CopiesTakeTheStateOverAndShareNothing) {

@@ -80,7 +80,8 @@ enum CbMsgId : std::int32_t {
     /// asks GetPartTypes.
     FillPartTypes = 26,
     /// wParam: HWND of the tree; lParam: Data*. Put the checked part types into it and answer non-zero; 0: the library
-    /// collects the checked ids.
+    /// collects the checked ids. Answer 0 where FillPartTypes was declined: a tree that the library has filled may have
+    /// the rows that a search shows only.
     ReadPartTypes = 27,
     /// wParam: EditorSetup*; lParam: the Property that is edited (const Property*). Change what the editor offers.
     SetUpEditor = 28,

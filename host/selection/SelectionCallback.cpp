@@ -313,6 +313,7 @@ std::int64_t SelectionCallback::GetTree(const Parameters& parameters) {
 
 std::int64_t SelectionCallback::FillPartTypes(const Parameters& parameters) {
     if (app_ != kKeepsCodes) return 0;
+    partTypesFilled_ = false;
     const HWND tree = parameters.WWindow();
     const gwRedrawOff quiet(tree);
     TreeView_DeleteAllItems(tree);
@@ -335,6 +336,7 @@ std::int64_t SelectionCallback::FillPartTypes(const Parameters& parameters) {
         checked.push_back(items[row]);
     }
     gwTVUpdate3StateCheckForItems(tree, checked);
+    partTypesFilled_ = true;
     return 1;
 }
 
@@ -351,7 +353,7 @@ void SelectionCallback::AddMissingCodes(TREE_INSERTLIST& rows, std::vector<std::
 }
 
 std::int64_t SelectionCallback::ReadPartTypes(const Parameters& parameters) {
-    if (app_ != kKeepsCodes) return 0;
+    if (!partTypesFilled_) return 0;
     const HWND tree = parameters.WWindow();
     auto& codes = parameters.L<ObjectSelection::Data>().partTypesAlt;
     codes.clear();

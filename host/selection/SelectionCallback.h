@@ -79,6 +79,7 @@ private:
     const Drawing& currentDrawing_;
     SelectionStore selections_;
     std::optional<ProjectLock> lock_;
+    bool partTypesFilled_ = false;    // the tree of part types has what FillPartTypes has put there
     std::vector<astr> missingCodes_;  // in the tree of part types, with the values -1, -2 ...
 };
 

@@ -370,9 +370,12 @@ TEST_F(ObjectSelectionCtrlTest, WhatIsHiddenOrForbiddenIsNotSelected) {
     record_.data = SelectedDrawings();
     Step([this] {
         EXPECT_EQ(SelectedNode(), L"Rooms");
-        ctrl_->SetFlagMask(kNoModelDrawings | kNoRooms);
+        TreeView_SelectItem(Categories(), uidriver::FindTreeItem(Categories(), L"Systems"));
         ctrl_->Data2Ctrls();
-        EXPECT_EQ(SelectedNode(), L"Functional zones");
+        EXPECT_EQ(SelectedNode(), L"Systems");
+        ctrl_->SetFlagMask(kNoModelDrawings | kNoSystems);
+        ctrl_->Data2Ctrls();
+        EXPECT_EQ(SelectedNode(), L"Rooms");
         EXPECT_EQ(TreeTexts(ShownTree()).size(), 3u);
     });
     Press(IDC_SELECTION_CURRENT);
@@ -389,7 +392,7 @@ TEST_F(ObjectSelectionCtrlTest, WhatIsHiddenOrForbiddenIsNotSelected) {
 TEST_F(ObjectSelectionCtrlTest, WhatIsChosenWhileTheHostFillsAnotherTreeIsShown) {
     host_.On(GetSystems, [this](std::uint64_t, std::int64_t lParam) -> std::int64_t {
         *reinterpret_cast<TREE_INSERTLIST*>(lParam) = host_.systems;
-        ClickInTree(Categories(), L"Rooms", false);
+        TreeView_SelectItem(Categories(), uidriver::FindTreeItem(Categories(), L"Rooms"));
         return 0;
     });
     Pick(L"Systems");

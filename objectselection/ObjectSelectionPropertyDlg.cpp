@@ -196,6 +196,7 @@ bool ObjectSelectionPropertyDialog::OnNotify(unsigned __int64 wParam, __int64 lP
     if (ListAnswers(header)) return true;
     if (filling_) return LibraryDialog::OnNotify(wParam, lParam);
     if (header->idFrom == IDC_OBJSELPROP_PROPERTIES) {
+        if (header->code == TVN_SELCHANGEDW || header->code == NM_CLICK) search_.KeepSelected();
         if (header->code == TVN_SELCHANGEDW) PropertySelected();
         if (header->code == NM_DBLCLK && gwTVpressedItem(header->hwndFrom) && selected_ != kNoProperty) GoToValue();
     } else if (header->idFrom == IDC_OBJSELPROP_CRITERIA) {
@@ -245,6 +246,7 @@ bool ObjectSelectionPropertyDialog::OnEnterPressed() {
     const bool searching = ctrlId == IDC_OBJSELPROP_SEARCH && GetWindowTextLengthW(focus) > 0;
     const bool inList = searching || ctrlId == IDC_OBJSELPROP_PROPERTIES || ctrlId == IDC_OBJSELPROP_CRITERIA;
     if (!inList) return LibraryDialog::OnEnterPressed();
+    search_.KeepSelected();
     if (selected_ != kNoProperty) GoToValue();
     return true;
 }
@@ -364,6 +366,7 @@ void ObjectSelectionPropertyDialog::AttachControls() {
     const HWND tree = RequireControl(*this, IDC_OBJSELPROP_PROPERTIES);
     TreeView_SetImageList(tree, ImageLib::GetImageList(GetDpi()), TVSIL_NORMAL);
     const ustr cue = Lng::text(kLibraryTexts, 25956, L"Search properties");
+    search_.SetHeading(kNoProperty);
     search_.Attach(tree, &properties_, RequireControl(*this, IDC_OBJSELPROP_SEARCH), cue.c_str());
     AttachList(IDC_OBJSELPROP_CRITERIA, kValue);
 }
@@ -400,13 +403,14 @@ void ObjectSelectionPropertyDialog::SetUp() {
     LoadChoices();
 }
 
-// Values in use that the host does not list stay possible. Without any value to choose from, values are typed.
+// Values that the rule came with stay possible where the host does not list them; those of another property do not.
+// Without any value to choose from, values are typed.
 void ObjectSelectionPropertyDialog::LoadChoices() {
     choices_ = PropertyChoices();
     if (setup_.kind != ObjectSelection::Dlg::ChoiceValue) return;
     choices_ = PropertyChoices::Ask(host_, rule_.propId);
-    if (choices_.IsEmpty()) return;
-    for (const Criterion& criterion : rule_.criteria)
+    if (choices_.IsEmpty() || rule_.propId != given_.propId) return;
+    for (const Criterion& criterion : given_.criteria)
         AddChoice(criterion.value);
 }
 
@@ -613,7 +617,7 @@ int ObjectSelectionPropertyDialog::TakeOptions() {
 bool ObjectSelectionPropertyDialog::IsComplete(const Criterion& criterion) const {
     if (!NeedsValue(criterion.operation)) return true;
     if (setup_.kind == ObjectSelection::Dlg::NumberValue) return UserNumber::Parse(criterion.value).has_value();
-    return !criterion.value.empty();
+    return choices_.IsEmpty() ? !criterion.value.empty() : choices_.IndexOf(criterion.value) >= 0;
 }
 
 int ObjectSelection::Dlg::Edit(Lng::AppID app, HWND parent, Callback callback, Property& rule) {

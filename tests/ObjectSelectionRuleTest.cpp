@@ -341,6 +341,17 @@ TEST_F(RuleEditorTest, AChoiceIsShownByItsTextAndStoredByItsValue) {
     RunToOk();
     EXPECT_EQ(rule_.criteria, (Criteria{Criterion(Property::Equal, L"E1"), Criterion(Property::Equal, L"old")}));
     EXPECT_EQ(rule_.tolerance, 0.5) << "what is not offered stays as it is";
+
+    rule_ = AirFlow();
+    Enter(IDC_OBJSELPROP_SEARCH, L"system");
+    Step([](HWND dlg) {
+        EXPECT_EQ(ComboTexts(dlg, IDC_OBJSELPROP_CHOICE), (Texts{L"Supply 1", L"  Branch", L"E1"}))
+            << "values of another property are none of this one";
+    });
+    Press(IDOK);
+    Step([](HWND dlg) { EXPECT_EQ(uidriver::TopDialog(), dlg); });
+    Press(IDCANCEL);
+    EXPECT_EQ(RunSteps([this] { return Dlg::Edit(Lng::Hpv, parent_, host_.Callback(), rule_); }), -1);
 }
 
 TEST_F(RuleEditorTest, OfManyChoicesTheValueIsChosenInATree) {
@@ -462,6 +473,21 @@ TEST_F(RuleEditorTest, ASearchMovesToWhatItFindsAndEscGoesBack) {
         EXPECT_EQ(uidriver::TopDialog(), dlg) << "Esc empties the search first";
         EXPECT_EQ(Selected(dlg), L"Air flow");
     });
+    RunToOk();
+    EXPECT_EQ(rule_, AirFlow());
+
+    Enter(IDC_OBJSELPROP_SEARCH, L"layer");
+    Step([](HWND dlg) { SetFocus(uidriver::Control(dlg, IDC_OBJSELPROP_SEARCH)); });
+    Key(VK_RETURN);
+    Enter(IDC_OBJSELPROP_SEARCH, L"");
+    Step([](HWND dlg) { EXPECT_EQ(Selected(dlg), L"Layer") << "Enter has taken it"; });
+    RunToOk();
+    EXPECT_NE(rule_.propId, AirFlow().propId);
+
+    rule_ = AirFlow();
+    rule_.propId = 0;
+    Enter(IDC_OBJSELPROP_SEARCH, L"flow");
+    Step([](HWND dlg) { EXPECT_EQ(Selected(dlg), L"Air flow") << "not its heading"; });
     RunToOk();
     EXPECT_EQ(rule_, AirFlow());
 }

@@ -195,8 +195,12 @@ std::vector<int> TreeSearch::Turned(HTREEITEM item) const {
     std::vector<int> states = GetChecks();
     const std::size_t turned = FindRow(item);
     if (turned == kNoRow) return states;
-    const int state = states[turned] == kTreeChecked ? kTreeUnchecked : kTreeChecked;
     const std::size_t end = EndOf(turned);
+    // What is not shown may keep a branch from ever being checked as a whole.
+    bool allOn = true;
+    for (std::size_t row = turned; row < end; ++row)
+        allOn = allOn && (!wanted_[row] || HasRowsBelow(row) || states[row] == kTreeChecked);
+    const int state = allOn ? kTreeUnchecked : kTreeChecked;
     for (std::size_t row = turned; row < end; ++row) {
         if (wanted_[row]) states[row] = state;
     }
@@ -251,7 +255,8 @@ TreeSearch::Matches TreeSearch::Find(const ustr& text) const {
         matches.wanted[row] = (own | fromAbove) == all;
         above[row] = matches.wanted[row] ? all : fromAbove | WordsBegunIn(folded_[row], words);
         holds[row] = matches.wanted[row] && own != 0;
-        if (matches.wanted[row] && matches.first == kNoRow) matches.first = row;
+        const bool selectable = matches.wanted[row] && (*list_)[row].value != heading_;
+        if (selectable && matches.first == kNoRow) matches.first = row;
     }
     matches.found = matches.wanted;
     matches.open.assign(count, false);

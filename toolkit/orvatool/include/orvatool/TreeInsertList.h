@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -137,9 +138,13 @@ public:
                 const std::vector<int>& checks = {});
     /// Makes `edit` the search field, see Attach. One field can serve several trees, one at a time.
     void SetEdit(HWND edit, const wchar_t* cue = nullptr);
+    /// Rows of this value are headings, which a search does not select by itself.
+    void SetHeading(std::int64_t value) { heading_ = value; }
     /// Shows what matches `text`. Gives the first match in tree order the selection when the selected row is gone. A
     /// row that the user selected among the matches stays selected when the search is cleared.
     void Filter(const ustr& text);
+    /// The selected row counts as selected by the user, even if the search has selected it.
+    void KeepSelected() { firstMatch_ = kNoRow; }
     /// The row of a tree item, null for none.
     const TREE_INSERTITEM* Row(HTREEITEM item) const;
     /// Selects and shows the first row of this value; false when none is shown.
@@ -205,6 +210,7 @@ private:
     std::vector<bool> expanded_;                               // by row: open when there was no search
     mutable std::vector<int> checks_;                          // by row, but for what the tree was told since
     std::size_t selected_ = kNoRow;                            // when there was no search
-    std::size_t firstMatch_ = kNoRow;                          // that got the selection without the user's doing
+    std::optional<std::int64_t> heading_;
+    std::size_t firstMatch_ = kNoRow;  // that got the selection without the user's doing
     bool filtered_ = false;
 };

@@ -107,7 +107,7 @@ bool Ctrl::Impl::OnCommand(WPARAM wParam, LPARAM lParam) {
     }
     for (const CommandRow& row : kCommands) {
         if (!Control(row.slot) || id != state_.ids[row.slot] || code != row.code) continue;
-        if (!showing_) (this->*row.run)();
+        if (!showing_ && !IsOnlyFocused(row.slot)) (this->*row.run)();
         return true;
     }
     if (lParam != 0 || code > 1) return false;  // of a control
@@ -117,6 +117,13 @@ bool Ctrl::Impl::OnCommand(WPARAM wParam, LPARAM lParam) {
         return true;
     }
     return false;
+}
+
+// A radio button that gets the focus says that it is clicked. An automatic one that really is has checked itself
+// before.
+bool Ctrl::Impl::IsOnlyFocused(Slot slot) const {
+    if (slot != kManual && slot != kCurrent && slot != kSelected) return false;
+    return (GetWindowLongW(Control(slot), GWL_STYLE) & BS_TYPEMASK) == BS_AUTORADIOBUTTON && !IsChecked(slot);
 }
 
 bool Ctrl::Impl::OnNotify(WPARAM /*wParam*/, LPARAM lParam) {

@@ -163,6 +163,7 @@ private:
     void ClickCurrent() { ClickSource(Source::Current); }
     void ClickSelected() { ClickSource(Source::Selected); }
     void ClickSource(Source source);
+    bool IsOnlyFocused(Slot slot) const;
     void SearchChanged();
     void ToggleCurrentFolder();
     void ToggleFolders();

@@ -432,6 +432,19 @@ TEST_F(ObjectSelectionCtrlTest, ASelectionWithoutPlacesIsRefused) {
         check("no zone, accepted", data, kAcceptEmpty, true);
     });
     RunToOk();
+
+    record_.data = SelectedDrawings();
+    record_.data.modelDrawings.clear();
+    Press(IDOK);
+    Step([this] {
+        const HWND current = uidriver::Control(dlg_, IDC_SELECTION_CURRENT);
+        EXPECT_EQ(GetFocus(), current);
+        // What a button says that is not checked when it gets the focus again.
+        SendMessageW(dlg_, WM_COMMAND, IDC_SELECTION_CURRENT, reinterpret_cast<LPARAM>(current));
+        EXPECT_TRUE(IsDlgButtonChecked(dlg_, IDC_SELECTION_SELECTED)) << "the focus alone is no click";
+    });
+    Press(IDC_SELECTION_CURRENT);
+    RunToOk();
 }
 
 TEST_F(ObjectSelectionCtrlTest, PaperSpaceAndFlagsForceTheSource) {
@@ -938,11 +951,13 @@ TEST_F(ObjectSelectionCtrlTest, MenusOfferTheCommandsWhereverTheMouseOrTheKeyboa
 
 TEST_F(ObjectSelectionCtrlTest, ASearchNarrowsATreeAndAllMeansWhatItShows) {
     record_.data.useSystems = true;
-    Step([this] {
-        uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"02");
-        SetFocus(SearchField());
-    });
+    Step([this] { uidriver::SetText(dlg_, GetDlgCtrlID(SearchField()), L"02"); });
     ExpectItems(Systems, {L"Supply air", L"TK02"});
+    Turn(L"Supply air");
+    ExpectChecked(Systems, {L"TK02"});
+    Turn(L"Supply air");
+    ExpectChecked(Systems, {});
+    Step([this] { SetFocus(SearchField()); });
     Key(VK_RETURN);
     ExpectChecked(Systems, {L"TK02"});  // and the dialog is not confirmed
     Command(411);

@@ -86,11 +86,15 @@ public:
     Mark(const Mark&) = delete;
     Mark& operator=(const Mark&) = delete;
 
-    bool Set() {
+    /// False when another program has set it.
+    bool Set(const std::wstring& path) {
         OVERLAPPED place{};
         place.Offset = kMarkOffset;
         place.OffsetHigh = kMarkOffsetHigh;
-        return LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place) != 0;
+        if (LockFileEx(file_, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place)) return true;
+        const DWORD error = GetLastError();
+        if (error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING) return false;
+        throw Explain(error, path);
     }
 
 private:
@@ -99,7 +103,7 @@ private:
 
 ProjectLock ProjectLock::Take(const std::wstring& path, Database& database) {
     auto mark = std::make_unique<Mark>(path);
-    if (!mark->Set()) throw HeldBy(path, HolderIn(database));
+    if (!mark->Set(path)) throw HeldBy(path, HolderIn(database));
     std::optional<LockHolder> before = ReplaceHolder(database);
     return {std::move(mark), database, std::move(before)};
 }

@@ -426,6 +426,15 @@ TEST_F(SelectionHost, ASelectionThatCannotBeReadIsRefusedAndSaysSo) {
     EXPECT_TRUE(log_.Has(L"cannot be read"));
 }
 
+TEST_F(SelectionHost, WithoutReadableCriteriaADialogBeginsWithTheDefault) {
+    ASSERT_TRUE(project_->CreateSelection({0, Lng::Hpv, L"", L"<ObjectSelection"}));
+    EXPECT_THROW(callback_->Store().Last(), Failure);
+    EXPECT_EQ(callback_->Last(), SelectionStore::Default());
+    EXPECT_TRUE(log_.Has(L"cannot be read"));
+    callback_->Store().SetLast(ManyCriteria());
+    EXPECT_EQ(callback_->Last(), ManyCriteria()) << "what the user confirms replaces them";
+}
+
 // ---- the lock and the drawing manager ----
 
 TEST_F(SelectionHost, TheLockIsTakenReleasedAndRefusedToASecondHost) {
@@ -447,6 +456,29 @@ TEST_F(SelectionHost, TheLockIsTakenReleasedAndRefusedToASecondHost) {
     EXPECT_TRUE(free.IsLocked());
     EXPECT_EQ(Ask(Dlg::UnlockProject), 0) << "nothing to release";
     EXPECT_FALSE(project_->Lock()) << "still the other's";
+}
+
+TEST_F(SelectionHost, TheDrawingManagerHoldsTheLock) {
+    auto second = ProjectStore::Open(file_);
+    ASSERT_TRUE(second);
+    SelectionCallback other(*second, Lng::Electrical, log_);
+    const std::size_t before = project_->LeftOutDrawings()->size();
+    {
+        Dlg::PrjLock lock(nullptr, other.Get());
+        Step([](HWND box) {
+            const std::wstring told = TextsOf(box);
+            EXPECT_NE(told.find(L"is being edited by"), std::wstring::npos) << told;
+            uidriver::Key(VK_RETURN);
+        });
+        EXPECT_EQ(RunSteps([&] { return Ask(Dlg::ManageDrawings); }), 0);
+        EXPECT_EQ(project_->LeftOutDrawings()->size(), before);
+    }
+    Step([&](HWND) {
+        EXPECT_FALSE(second->Lock()) << "held while the dialog is open";
+        uidriver::Key(VK_ESCAPE);
+    });
+    RunSteps([&] { return Ask(Dlg::ManageDrawings); });
+    EXPECT_TRUE(second->Lock()) << "and then released";
 }
 
 TEST_F(SelectionHost, TheDrawingManagerRemovesAndAddsAModelDrawing) {
@@ -646,11 +678,18 @@ TEST_F(Evaluation, ByRulesOfWhichAllMustHold) {
         return !flow.empty() && std::stod(flow) > 20 && std::stod(flow) < 60 &&
                (room == L"Meeting room" || room == L"Conference room");
     });
-    data.filterRules.push_back(RuleOn(L"Room name", {
-                                                        {Rule::Equal, L"none"}
-    }));
-    data.filterRules.back().propId = 99'999;
-    EXPECT_TRUE(Selected(data).empty()) << "a property that the project does not have has no value";
+    const Rule::Criterion conditions[] = {
+        {Rule::Equal,    L"none"},
+        {Rule::NotEqual, L"none"},
+        {Rule::Contains, L""    },
+    };
+    for (const Rule::Criterion& condition : conditions) {
+        data = BySet();
+        data.filterRules = {RuleOn(L"Room name", {condition})};
+        data.filterRules.back().propId = 99'999;
+        EXPECT_TRUE(Selected(data).empty())
+            << "a rule on a property that the project does not have: " << condition.operation;
+    }
 }
 
 TEST_F(Evaluation, ACriterionCountsWhenItIsInForceAndNamesSomething) {

@@ -1,12 +1,14 @@
 #!/bin/sh
 # The Windows side of this machine: `up [DPI]` starts a private Wine prefix on a private X display and keeps it warm,
 # `run PROGRAM ...` runs a program there (and returns its exit code), `down` stops everything.
-# B is the folder that holds the prefix. With OC_DISPLAY set, programs appear on that display, outside a Wine desktop.
+# B is the folder that holds the prefix. With OC_DISPLAY set, programs appear on that display, outside a Wine desktop,
+# and `down` leaves them open: the session ends by itself with its last program.
 set -e
 tools=$(cd "$(dirname "$0")" && pwd)
 B=${B:-$tools/../build}
 mkdir -p "$B/home"
 B=$(cd "$B" && pwd)
+[ -z "$OC_DISPLAY" ] || export XAUTHORITY="${XAUTHORITY:-$HOME/.Xauthority}" # the display's key is in the user's home
 export HOME="$B/home" # a prefix links Documents and Desktop to $HOME
 export WINEPREFIX="$B/wineprefix" WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}" LC_ALL="${OC_LOCALE:-C.UTF-8}"
 # winedbg would turn a crash into exit code 0 or into a window that waits for ever.
@@ -23,12 +25,18 @@ display() {
 desktop_size=2560x2048 # room for every dialog at 192 DPI
 quietly() { "$@" >/dev/null 2>&1 </dev/null; }
 
+# The file may outlive its server, and the number go to another program.
+x_runs() { grep -qs '^Xvfb' "/proc/$(cat "$B/xvfb.pid" 2>/dev/null)/cmdline"; }
+
 start_x() {
-    kill -0 "$(cat "$B/xvfb.pid" 2>/dev/null)" 2>/dev/null && return 0
+    x_runs && return 0
     rm -f "$B/xvfb.display"
     Xvfb -displayfd 3 -screen 0 ${desktop_size}x24 -nolisten tcp 3>"$B/xvfb.display" >/dev/null 2>&1 </dev/null &
     echo $! >"$B/xvfb.pid"
-    until [ -s "$B/xvfb.display" ]; do sleep 0.1; done
+    until [ -s "$B/xvfb.display" ]; do
+        kill -0 $! 2>/dev/null || { echo "wine-env.sh: Xvfb did not start" >&2; exit 1; }
+        sleep 0.1
+    done
 }
 
 make_prefix() {
@@ -84,8 +92,9 @@ run)
     exec wine "$@"
     ;;
 down)
+    [ -z "$OC_DISPLAY" ] || exit 0
     quietly wineserver -k || true
-    kill "$(cat "$B/xvfb.pid" 2>/dev/null)" 2>/dev/null || true
+    if x_runs; then kill "$(cat "$B/xvfb.pid")"; fi
     rm -f "$B/xvfb.pid" "$B/xvfb.display"
     ;;
 *)

@@ -35,7 +35,7 @@ std::vector<const PlacedObject*> ShowResult(DialogContext& context, const Select
 /// the objects that they select to `use`.
 template <class Edit, class Use>
 Outcome EditLast(DialogContext& context, SelectionCallback& callback, Edit edit, Use use) {
-    ObjectSelection::Data data = callback.Store().Last();
+    ObjectSelection::Data data = callback.Last();
     context.reporter.Before(ToText(data));
     if (!edit(data)) return Outcome::Cancelled;
     const Outcome stored = StoreEntered(context, [&] { callback.Store().SetLast(data); });

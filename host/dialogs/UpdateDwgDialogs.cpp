@@ -60,7 +60,7 @@ Outcome UpdateDrawings(DialogContext& context) {
                NeedsSelectionSet(callback.Project(), static_cast<std::int64_t>(wParam));
     };
     UpdateDwgData::Options options;
-    options.selection = callback.Store().Last();
+    options.selection = callback.Last();
     context.reporter.Before(TextOf(options));
     if (!UpdateDwgData::OptionsDlg(context.parent, context.app, options, &items, database, callback.Get(), answer)) {
         return Outcome::Cancelled;

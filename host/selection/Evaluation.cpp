@@ -60,7 +60,7 @@ public:
                            [&](const Criterion& criterion) { return criterion.Holds(object); }) &&
                (layouts_.empty() || layouts_.contains({object.drawing, object.layout})) &&
                std::all_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
-                   return rule.rule->Matches(rule.property ? ValueOf(project_, object, *rule.property) : L"");
+                   return rule.property && rule.rule->Matches(ValueOf(project_, object, *rule.property));
                });
     }
 

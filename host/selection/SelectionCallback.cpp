@@ -160,6 +160,16 @@ std::int64_t SelectionCallback::Answer(Message message, std::uint64_t wParam, st
     }
 }
 
+ObjectSelection::Data SelectionCallback::Last() {
+    try {
+        return selections_.Last();
+    } catch (const Failure& failure) {
+        if (failure.kind != FailureKind::Damaged) throw;
+        reporter_.Log(failure.message);
+        return SelectionStore::Default();
+    }
+}
+
 // ---- configurations and the lock ----
 
 std::int64_t SelectionCallback::LoadConfiguration(const Parameters& parameters) {
@@ -168,17 +178,23 @@ std::int64_t SelectionCallback::LoadConfiguration(const Parameters& parameters) 
     return 0;
 }
 
-std::int64_t SelectionCallback::LockProject(const Parameters& parameters) {
+std::optional<ProjectLock> SelectionCallback::TakeLock(const Parameters& parameters) {
     Result<ProjectLock> lock = store_.Lock();
     if (!lock) {
         reporter_.Log(lock.Error().message);
         gwerrmsg(parameters.WWindow(), app_, lock.Error().message.c_str());
-        return 1;
+        return std::nullopt;
     }
     if (const auto& before = lock->TakenOverFrom()) {
         reporter_.Log(L"took over the lock that " + before->user + L" on " + before->computer + L" left behind");
     }
-    lock_ = *std::move(lock);
+    return *std::move(lock);
+}
+
+std::int64_t SelectionCallback::LockProject(const Parameters& parameters) {
+    std::optional<ProjectLock> lock = TakeLock(parameters);
+    if (!lock) return 1;
+    lock_ = std::move(lock);
     reporter_.Log(L"locked the project");
     return 0;
 }
@@ -219,6 +235,8 @@ std::int64_t SelectionCallback::GetConfigurations(const Parameters& parameters) 
 // ---- drawings ----
 
 std::int64_t SelectionCallback::ManageDrawings(const Parameters& parameters) {
+    std::optional<ProjectLock> own;
+    if (!lock_ && !(own = TakeLock(parameters))) return 0;
     project_.SetLeftOutDrawings(ValueOf(store_.LeftOutDrawings()));
     Id chosen = CurrentDrawing().id;
     const int row = AskValueDlg::Run(parameters.WWindow(), app_, L"Model drawings", L"Drawing to add or remove:",

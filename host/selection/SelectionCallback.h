@@ -28,6 +28,8 @@ public:
 
     const ProjectIndex& Project() const { return project_; }
     SelectionStore& Store() { return selections_; }
+    /// The criteria used last, to begin a dialog with: the default, and a line in the log, when they cannot be read.
+    ObjectSelection::Data Last();
     /// The drawing that the user works on: of the middle floor, or the first diagram for applications that draw those.
     const Drawing& CurrentDrawing() const { return currentDrawing_; }
 
@@ -67,6 +69,8 @@ private:
     std::int64_t SetUpEditor(const Parameters& parameters);
     std::int64_t ChooseValue(const Parameters& parameters);
 
+    /// The project's lock; nothing when it is refused, which the user has been told.
+    std::optional<ProjectLock> TakeLock(const Parameters& parameters);
     std::vector<ObjectSelection::Dlg::DrawingEntry> ModelDrawings(bool withCurrent) const;
     void AddMissingCodes(TREE_INSERTLIST& rows, std::vector<std::size_t>& chosen) const;
     /// The property of that id; null for one that the project does not have.

@@ -70,13 +70,16 @@ void SelectionStore::Delete(const astr& key) {
     Check(project_.DeleteSelection(Find(key).id));
 }
 
-ObjectSelection::Data SelectionStore::Last() const {
-    const StoredSelection stored = FindLast();
-    if (stored.id != 0) return FromXml(stored.data);
+ObjectSelection::Data SelectionStore::Default() {
     ObjectSelection::Data data;
     data.bySelectionSet = true;
     data.currentDrawing = true;
     return data;
+}
+
+ObjectSelection::Data SelectionStore::Last() const {
+    const StoredSelection stored = FindLast();
+    return stored.id != 0 ? FromXml(stored.data) : Default();
 }
 
 void SelectionStore::SetLast(const ObjectSelection::Data& data) {

@@ -26,7 +26,9 @@ public:
     void Rename(const astr& key, const ustr& name);
     void Delete(const astr& key);
 
-    /// The criteria used last; a new selection of the current drawing when there are none.
+    /// What an application starts with: a selection of the current drawing.
+    static ObjectSelection::Data Default();
+    /// The criteria used last; the default when there are none.
     ObjectSelection::Data Last() const;
     void SetLast(const ObjectSelection::Data& data);
 

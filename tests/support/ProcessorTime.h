@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-/// The processor time that this thread has used, in milliseconds: whatever else the machine does leaves it alone.
+/// The processor time that this thread has used, in milliseconds: what other programs here do leaves it alone.
 inline double ProcessorTime() {
     FILETIME created{}, ended{}, kernel{}, user{};
     GetThreadTimes(GetCurrentThread(), &created, &ended, &kernel, &user);
